@@ -1,0 +1,84 @@
+// A civil date and time of day to the second, with no time zone: the
+// calendar-date value of the ledger. "Today" anywhere in the library is
+// CalendarDate::now(), which tests and replaying hosts can pin.
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tarn {
+
+using DateNumber = std::int32_t;
+
+class CalendarDate {
+ public:
+  // 1 January 1970, midnight.
+  CalendarDate() : CalendarDate(1970, 1, 1) {}
+  // Out-of-range fields are carried over as the calendar does: month 13 is
+  // January of the next year, day 0 the last day of the month before.
+  CalendarDate(int year, int month, int day, int hour = 0, int minute = 0, int second = 0);
+
+  static CalendarDate dateWithDateNumber(DateNumber number);
+  DateNumber dateNumber() const;
+
+  // Seconds since 1 January 1970 midnight of the same (zone-less) calendar.
+  static CalendarDate dateWithSecondsSince1970(std::int64_t seconds);
+  std::int64_t secondsSince1970() const { return seconds_; }
+  // Whole days since 1 January 1970 (negative before it).
+  std::int64_t daysSince1970() const;
+
+  int yearOfCommonEra() const { return year_; }
+  int monthOfYear() const { return month_; }
+  int dayOfMonth() const { return day_; }
+  int dayOfWeek() const;  // 0 is Sunday
+  int dayOfYear() const;  // 1 to 366
+  int hourOfDay() const { return hour_; }
+  int minuteOfHour() const { return minute_; }
+  int secondOfMinute() const { return second_; }
+  int daysInMonth() const;
+  int quarterOfYear() const { return (month_ - 1) / 3; }  // zero-based
+
+  // Years and months are added first; a day beyond the end of the resulting
+  // month carries into the next month (31 January + 1 month is 3 March in a
+  // common year); then days, hours, minutes and seconds are added.
+  CalendarDate dateByAddingYears(int years, int months, int days, int hours = 0, int minutes = 0,
+                                 int seconds = 0) const;
+
+  // strftime-like calendar formats: %Y %y %m %d %e %b %B %a %A %H %M %S %j %%.
+  std::string descriptionWithCalendarFormat(std::string_view format) const;
+  // Reads text in a calendar format; nullopt when the text does not fit.
+  // Two-digit years (%y): 69-99 are 1969-1999, 00-68 are 2000-2068.
+  static std::optional<CalendarDate> dateWithString(std::string_view text, std::string_view format);
+
+  static CalendarDate now();
+  // Pins now() to a fixed date (tests, hosts replaying a day); nullopt
+  // returns to the system clock.
+  static void overrideNow(std::optional<CalendarDate> date);
+
+  friend bool operator==(const CalendarDate& a, const CalendarDate& b) {
+    return a.seconds_ == b.seconds_;
+  }
+  friend std::strong_ordering operator<=>(const CalendarDate& a, const CalendarDate& b) {
+    return a.seconds_ <=> b.seconds_;
+  }
+
+ private:
+  explicit CalendarDate(std::int64_t secondsSince1970);
+  void fillFieldsFromSeconds();
+
+  std::int64_t seconds_ = 0;
+  int year_ = 1970;
+  int month_ = 1;
+  int day_ = 1;
+  int hour_ = 0;
+  int minute_ = 0;
+  int second_ = 0;
+};
+
+// Days of a month (1 to 12) in a year of the proleptic Gregorian calendar.
+int DaysInMonth(int month, int year);
+
+}  // namespace tarn
