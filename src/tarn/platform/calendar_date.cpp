@@ -156,12 +156,8 @@ void CalendarDate::overrideNow(std::optional<CalendarDate> date) {
   pinnedNow() = date;
 }
 
-}  // namespace tarn
+// Calendar formats: dates written as and read from text.
 
-// ---------------------------------------------------------------------------
-// Calendar formats
-
-namespace tarn {
 namespace {
 
 constexpr const char* kMonthNames[] = {"January",   "February", "March",    "April",
