@@ -145,11 +145,23 @@ std::shared_ptr<TARNAccountEntryCategory> TARNAccountEntryCategory::childWithNam
 std::shared_ptr<TARNAccountEntryCategory> TARNAccountEntryCategory::childWithFullName(
     std::optional<std::string_view> fullName) const {
   if (!fullName) return nullptr;
-  if (CaseInsensitiveEqual(this->fullName(), *fullName)) {
+  std::string path = this->fullName();
+  if (CaseInsensitiveEqual(path, *fullName)) {
     return std::const_pointer_cast<TARNAccountEntryCategory>(weak_from_this().lock());
   }
-  for (const auto& descendant : allChildren()) {
-    if (CaseInsensitiveEqual(descendant->fullName(), *fullName)) return descendant;
+  return findDescendantByFullName(path, *fullName);
+}
+
+std::shared_ptr<TARNAccountEntryCategory> TARNAccountEntryCategory::findDescendantByFullName(
+    std::string& path, std::string_view fullName) const {
+  // One buffer grows and shrinks along the walk instead of a full name per node.
+  const size_t base = path.size();
+  for (const auto& child : children_) {
+    path += ':';
+    path += child->name_;
+    if (CaseInsensitiveEqual(path, fullName)) return child;
+    if (auto found = child->findDescendantByFullName(path, fullName)) return found;
+    path.resize(base);
   }
   return nullptr;
 }

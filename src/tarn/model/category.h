@@ -90,6 +90,8 @@ class TARNAccountEntryCategory : public std::enable_shared_from_this<TARNAccount
  private:
   void sortOwnChildren();
   void appendDescendants(Children& out) const;
+  std::shared_ptr<TARNAccountEntryCategory> findDescendantByFullName(
+      std::string& path, std::string_view fullName) const;
   void adopt(std::shared_ptr<TARNAccountEntryCategory> child, Children::iterator where);
 
   std::string name_;
