@@ -18,18 +18,73 @@ std::int64_t floorDiv(std::int64_t a, std::int64_t b) {
   return q;
 }
 
+// Days since 1970-01-01 of a civil date (month 1-12, day within the month)
+// and back; the walks over occurrences convert every step, so this stays
+// free of the calendar object's field caching.
 std::int64_t daysOf(std::int64_t year, int month, int day) {
-  return CalendarDate(static_cast<int>(year), month, day).daysSince1970();
+  year -= month <= 2;
+  const std::int64_t era = floorDiv(year, 400);
+  const auto yearOfEra = static_cast<unsigned>(year - era * 400);
+  const auto monthFromMarch = static_cast<unsigned>(month > 2 ? month - 3 : month + 9);
+  const unsigned dayOfYear = (153 * monthFromMarch + 2) / 5 + static_cast<unsigned>(day) - 1;
+  const unsigned dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
+  return era * 146097 + static_cast<std::int64_t>(dayOfEra) - 719468;
+}
+
+struct Civil {
+  std::int64_t year;
+  int month;
+  int day;
+};
+
+Civil civilOfDays(std::int64_t days) {
+  days += 719468;
+  const std::int64_t era = floorDiv(days, 146097);
+  const auto dayOfEra = static_cast<unsigned>(days - era * 146097);
+  const unsigned yearOfEra =
+      (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+  const unsigned dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+  const unsigned monthFromMarch = (5 * dayOfYear + 2) / 153;
+  const auto day = static_cast<int>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1);
+  const auto month =
+      static_cast<int>(monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9);
+  return {static_cast<std::int64_t>(yearOfEra) + era * 400 + (month <= 2), month, day};
 }
 
 DateNumber dateNumberOfDays(std::int64_t days) {
-  return CalendarDate::dateWithSecondsSince1970(days * kSecondsPerDay).dateNumber();
+  const Civil civil = civilOfDays(days);
+  return static_cast<DateNumber>(civil.year * 10000 + civil.month * 100 + civil.day);
 }
 
 std::int64_t monthIndexOfDays(std::int64_t days) {
-  const CalendarDate date = CalendarDate::dateWithSecondsSince1970(days * kSecondsPerDay);
-  return static_cast<std::int64_t>(date.yearOfCommonEra()) * 12 + date.monthOfYear() - 1;
+  const Civil civil = civilOfDays(days);
+  return civil.year * 12 + civil.month - 1;
 }
+
+// DateIsCommitted for a walk whose dates never go down: one cursor moves
+// forward through the list instead of a search per date.
+class CommittedCursor {
+ public:
+  explicit CommittedCursor(const CommittedDates& committed) : committed_(committed) {}
+
+  bool contains(DateNumber date) {
+    const std::vector<DateNumber>& dates = committed_.dates();
+    if (!started_ || date < previous_) {
+      if (started_) return committed_.DateIsCommitted(date);  // not expected; stay exact
+      cursor_ = std::lower_bound(dates.begin(), dates.end(), date);
+      started_ = true;
+    }
+    previous_ = date;
+    while (cursor_ != dates.end() && *cursor_ < date) ++cursor_;
+    return cursor_ != dates.end() && *cursor_ == date;
+  }
+
+ private:
+  const CommittedDates& committed_;
+  std::vector<DateNumber>::const_iterator cursor_;
+  DateNumber previous_ = 0;
+  bool started_ = false;
+};
 
 // The fields of a date number as written, before any carrying.
 struct Fields {
@@ -48,7 +103,8 @@ std::int64_t daysOnOrAfter(DateNumber bound) {
   if (f.month < 1) return daysOf(f.year, 1, 1);
   if (f.month > 12) return daysOf(f.year + 1, 1, 1);
   if (f.day < 1) return daysOf(f.year, f.month, 1);
-  if (f.day > DaysInMonth(f.month, f.year)) return daysOf(f.year, f.month + 1, 1);
+  const int daysInMonth = DaysInMonth(f.month, f.year);
+  if (f.day > daysInMonth) return daysOf(f.year, f.month, daysInMonth) + 1;
   return daysOf(f.year, f.month, f.day);
 }
 
@@ -308,12 +364,13 @@ std::int64_t ScheduleRecurrence::FirstStepNear(std::int64_t days) const {
 DateNumber ScheduleRecurrence::NextEntryDate(const CommittedDates& committed) const {
   if (kind_ == Kind::kNone) return -1;
   const std::int64_t last = distantFutureDays();
+  CommittedCursor cursor(committed);
   for (std::int64_t n = 0; !(onlyFirst_ && n > 0); ++n) {
     const Step step = StepAt(n);
     if (step.days > last) break;
     if (!step.sameDay) continue;
     const DateNumber date = dateNumberOfDays(AdjustDays(step.days));
-    if (!committed.DateIsCommitted(date)) return date;
+    if (!cursor.contains(date)) return date;
   }
   return -1;
 }
@@ -326,12 +383,13 @@ std::vector<DateNumber> ScheduleRecurrence::UncommittedDatesInRange(DateNumber f
   const std::int64_t first = daysOnOrAfter(from);
   const std::int64_t last = std::min(daysOnOrBefore(to), distantFutureDays());
   if (first > last) return dates;
+  CommittedCursor cursor(committed);
   for (std::int64_t n = FirstStepNear(first); !(onlyFirst_ && n > 0); ++n) {
     const Step step = StepAt(n);
     if (step.days > last) break;
     if (step.days < first || !step.sameDay) continue;
     const DateNumber date = dateNumberOfDays(AdjustDays(step.days));
-    if (committed.DateIsCommitted(date)) continue;
+    if (cursor.contains(date)) continue;
     dates.push_back(date);
     if (dates.size() >= limit) break;
   }
