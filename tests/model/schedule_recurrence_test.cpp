@@ -273,8 +273,9 @@ TEST(ScheduleRecurrence, RangeAlignsToWholeStepsAndLeavesOutCommittedDates) {
 }
 
 TEST(ScheduleRecurrence, RangeQueryMatchesAWalkFromTheFirstOccurrence) {
-  // The range query jumps to the first step inside the range; walking every
-  // step from the first occurrence must give the same dates.
+  // The range query jumps to the first step inside the range and walks the
+  // committed list with one cursor; walking every step from the first
+  // occurrence and asking the list for each date must give the same dates.
   std::mt19937 random(20240101);
   std::uniform_int_distribution<int> dayOffset(-400, 4000);
   std::uniform_int_distribution<int> length(0, 800);
@@ -301,6 +302,30 @@ TEST(ScheduleRecurrence, RangeQueryMatchesAWalkFromTheFirstOccurrence) {
             EXPECT_EQ(InRange(rule, from.dateNumber(), to.dateNumber()), walked)
                 << code << " " << first << " " << interval << " " << friday << " "
                 << from.dateNumber() << " " << to.dateNumber();
+
+            // Commit every third walked date and some dates at random (mostly
+            // no occurrences); the query must leave out exactly the committed ones.
+            CommittedDates committed;
+            for (std::size_t i = 0; i < walked.size(); i += 3) {
+              committed.AddCommittedDate(walked[i]);
+            }
+            for (int i = 0; i < 20; ++i) {
+              committed.AddCommittedDate(
+                  from.dateByAddingYears(0, 0, dayOffset(random)).dateNumber());
+            }
+            Dates expected;
+            for (DateNumber date : walked) {
+              if (!committed.DateIsCommitted(date)) expected.push_back(date);
+            }
+            EXPECT_EQ(rule.UncommittedDatesInRange(from.dateNumber(), to.dateNumber(), committed),
+                      expected)
+                << code << " " << first << " " << interval << " " << friday;
+            DateNumber next = -1;
+            for (std::int64_t n = 0; next < 0 && n < 100000; ++n) {
+              const auto date = rule.OccurrenceAt(n);
+              if (date && !committed.DateIsCommitted(*date)) next = *date;
+            }
+            EXPECT_EQ(rule.NextEntryDate(committed), next) << code << " " << first;
           }
         }
       }
