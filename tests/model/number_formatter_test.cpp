@@ -3,7 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 #include <limits>
+#include <random>
+
+#include "tarn/model/decimal_rounding.h"
 
 #include "tarn/platform/user_defaults.h"
 
@@ -52,6 +56,27 @@ TEST(NumberFormatter, WritesDigitsGroupsAndFractionAsThePatternSays) {
   EXPECT_EQ(bare.stringForObjectValue(0), "0");
 
   EXPECT_EQ(plain.stringForObjectValue(std::nan("")), "NaN");
+}
+
+TEST(NumberFormatter, AgreesWithDecimalRoundingOnCentsAndOddValues) {
+  // Values already in cents take a shortcut; the rest go through decimal
+  // rounding. Both must write what decimal rounding gives.
+  TARNNumberFormatter formatter = literalFormatter("0.00");
+  formatter.setRoundingScale(2);
+  std::mt19937_64 random(20070315);
+  std::uniform_int_distribution<std::int64_t> cents(-100000000000, 100000000000);
+  std::uniform_real_distribution<double> odd(-1e7, 1e7);
+  char expected[64];
+  for (int i = 0; i < 20000; ++i) {
+    const double value = (i % 2 == 0) ? static_cast<double>(cents(random)) / 100 : odd(random);
+    const double rounded = RoundDecimalPlain(value, 2);
+    std::snprintf(expected, sizeof expected, "%.2f", rounded == 0 ? 0.0 : std::fabs(rounded));
+    const std::string sign = rounded < 0 ? "-" : "";
+    ASSERT_EQ(formatter.stringForObjectValue(value), sign + expected) << value;
+  }
+  // Halves just past the shortcut's reach.
+  EXPECT_EQ(formatter.stringForObjectValue(0.125), "0.13");
+  EXPECT_EQ(formatter.stringForObjectValue(-10.125), "-10.13");
 }
 
 TEST(NumberFormatter, KeepsLiteralTextAndPicksTheSectionBySign) {

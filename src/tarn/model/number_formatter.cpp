@@ -258,6 +258,24 @@ void TARNNumberFormatter::refreshParseAffixes() {
       zeroText_ ? std::string(trimBlanks(removeIgnoredText(*zeroText_))) : std::string();
 }
 
+double TARNNumberFormatter::roundToScale(double value, int scale) {
+  // Amounts are mostly stored already rounded to cents: when the value is the
+  // double nearest to a whole number k of 10^-scale units it is returned as
+  // it is, without the decimal reading. k / 10^scale is correctly rounded, so
+  // the test is exact; and below 2^50 units a double's spacing is under half
+  // a unit, so its shortest decimal text rounds back to k as well.
+  if (scale >= 0 && scale <= 15 && std::isfinite(value)) {
+    static constexpr double kPowers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                         1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    const double power = kPowers[scale];
+    const double units = value * power;
+    if (std::fabs(units) < 0x1p50 && std::nearbyint(units) / power == value) {
+      return value;
+    }
+  }
+  return RoundDecimalPlain(value, scale);
+}
+
 void TARNNumberFormatter::appendNumber(std::string& out, double magnitude,
                                        const Section& section) const {
   // 309 integer digits at most for a finite double, plus the fraction.
@@ -284,35 +302,58 @@ void TARNNumberFormatter::appendNumber(std::string& out, double magnitude,
                              : 0;
   const size_t length = padding + integer.size();
   const size_t group = static_cast<size_t>(section.groupingSize);
+  const size_t separators = (group > 0 && length > 0) ? (length - 1) / group : 0;
+  const size_t total = length + separators * thousandSeparator_.size() +
+                       (fraction.empty() ? 0 : decimalSeparator_.size() + fraction.size());
+  // One resize, then the digits are written in place.
+  const size_t start = out.size();
+  out.resize(start + total);
+  char* cursor = out.data() + start;
+  // Digits left before the next separator: the leading group may be short.
+  size_t untilSeparator = group > 0 ? (length - 1) % group + 1 : length;
   for (size_t i = 0; i < length; ++i) {
-    if (group > 0 && i > 0 && (length - i) % group == 0) out += thousandSeparator_;
-    out.push_back(i < padding ? '0' : integer[i - padding]);
+    if (untilSeparator == 0) {
+      cursor = std::copy(thousandSeparator_.begin(), thousandSeparator_.end(), cursor);
+      untilSeparator = group;
+    }
+    *cursor++ = i < padding ? '0' : integer[i - padding];
+    --untilSeparator;
   }
   if (!fraction.empty()) {
-    out += decimalSeparator_;
-    out += fraction;
+    cursor = std::copy(decimalSeparator_.begin(), decimalSeparator_.end(), cursor);
+    std::copy(fraction.begin(), fraction.end(), cursor);
   }
 }
 
 std::string TARNNumberFormatter::stringForObjectValue(double value) const {
-  if (std::isnan(value)) return "NaN";
-  if (roundingScale_) value = RoundDecimalPlain(value, *roundingScale_);
+  std::string out;
+  appendStringForObjectValue(out, value);
+  return out;
+}
+
+void TARNNumberFormatter::appendStringForObjectValue(std::string& out, double value) const {
+  if (std::isnan(value)) {
+    out += "NaN";
+    return;
+  }
+  if (roundingScale_) value = roundToScale(value, *roundingScale_);
 
   const Section* section = (value < 0 && hasNegativeSection_) ? &negative_ : &positive_;
   double magnitude = std::fabs(value);
-  if (std::isfinite(magnitude) &&
-      (!roundingScale_ || *roundingScale_ > section->maximumFractionDigits)) {
-    magnitude = RoundDecimalPlain(magnitude, section->maximumFractionDigits);
+  if (!roundingScale_ || *roundingScale_ > section->maximumFractionDigits) {
+    magnitude = roundToScale(magnitude, section->maximumFractionDigits);
   }
   // A value that rounds to nothing is zero, whatever its sign was.
   if (magnitude == 0) {
-    if (zeroText_) return *zeroText_;
+    if (zeroText_) {
+      out += *zeroText_;
+      return;
+    }
     section = &positive_;
   }
   const bool negative = value < 0 && magnitude != 0;
 
-  std::string out;
-  out.reserve(section->prefix.size() + section->suffix.size() + 32);
+  out.reserve(out.size() + section->prefix.size() + section->suffix.size() + 32);
   if (negative && !hasNegativeSection_) out.push_back('-');
   out += section->prefix;
   if (std::isinf(magnitude)) {
@@ -321,7 +362,6 @@ std::string TARNNumberFormatter::stringForObjectValue(double value) const {
     appendNumber(out, magnitude, *section);
   }
   out += section->suffix;
-  return out;
 }
 
 std::optional<double> TARNNumberFormatter::parseNumber(std::string_view text) const {
@@ -378,7 +418,7 @@ std::optional<double> TARNNumberFormatter::parseNumber(std::string_view text) co
     value = negative ? -magnitude : magnitude;
   }
 
-  if (roundingScale_) value = RoundDecimalPlain(*value, *roundingScale_);
+  if (roundingScale_) value = roundToScale(*value, *roundingScale_);
   if (minimum_ && *value < *minimum_) return std::nullopt;
   if (maximum_ && *value > *maximum_) return std::nullopt;
   return value;

@@ -74,6 +74,9 @@ class TARNNumberFormatter {
   std::optional<double> defaultObjectValue() const;
 
   std::string stringForObjectValue(double value) const;
+  // The same text appended to `out`, so that a caller formatting many
+  // amounts can reuse one buffer.
+  void appendStringForObjectValue(std::string& out, double value) const;
   // Never fails: stores the parsed value, or the default value when the text
   // does not give one, and returns true. The error description is untouched.
   bool getObjectValue(std::optional<double>* object, std::string_view string,
@@ -108,6 +111,7 @@ class TARNNumberFormatter {
   void refreshParseAffixes();
   std::string removeIgnoredText(std::string_view text) const;
   std::optional<double> parseNumber(std::string_view text) const;
+  static double roundToScale(double value, int scale);
   void appendNumber(std::string& out, double magnitude, const Section& section) const;
 
   std::string format_;
