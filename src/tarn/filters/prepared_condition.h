@@ -1,0 +1,115 @@
+// A condition made ready for one filter run: its value read and checked, its
+// text case-folded, the user's separators read and its date range resolved,
+// once, so that each entry costs only its comparison. Built from a condition
+// (which it does not keep) and used by conditions and groups for a single
+// run; it caches type and category look-ups for that run only.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "tarn/filters/date_condition_range.h"
+#include "tarn/platform/text.h"
+
+namespace tarn {
+
+class TARNAccountEntry;
+class TARNFilterCondition;
+
+// A text comparison by a text qualifier; unknown qualifiers never match.
+class TextQualifierTest {
+ public:
+  TextQualifierTest() = default;
+  TextQualifierTest(std::string_view needle, std::int32_t qualifier);
+  bool matches(std::string_view haystack) const { return matcher_ && matcher_->matches(haystack); }
+
+ private:
+  std::optional<CaseInsensitiveMatcher> matcher_;
+};
+
+// Outcomes of a name test per (account or controller, number): within one
+// run a number resolves to the same record for every entry, so each distinct
+// number is looked up and compared once.
+class NameMatchCache {
+ public:
+  enum class Outcome : std::uint8_t { Unresolved, NoMatch, Match };
+
+  template <class Resolve>
+  Outcome lookup(const void* owner, std::int32_t number, Resolve&& resolve) {
+    if (hasLast_ && owner == lastOwner_ && number == lastNumber_) return lastOutcome_;
+    const Key key{owner, number};
+    const auto found = outcomes_.find(key);
+    const Outcome outcome = found != outcomes_.end() ? found->second : resolve();
+    if (found == outcomes_.end()) outcomes_.emplace(key, outcome);
+    hasLast_ = true;
+    lastOwner_ = owner;
+    lastNumber_ = number;
+    lastOutcome_ = outcome;
+    return outcome;
+  }
+
+ private:
+  struct Key {
+    const void* owner;
+    std::int32_t number;
+    bool operator==(const Key&) const = default;
+  };
+  struct KeyHash {
+    std::size_t operator()(const Key& key) const {
+      return std::hash<const void*>()(key.owner) ^
+             (std::hash<std::int32_t>()(key.number) * 0x9E3779B97F4A7C15ULL);
+    }
+  };
+
+  std::unordered_map<Key, Outcome, KeyHash> outcomes_;
+  bool hasLast_ = false;
+  const void* lastOwner_ = nullptr;
+  std::int32_t lastNumber_ = 0;
+  Outcome lastOutcome_ = Outcome::Unresolved;
+};
+
+class PreparedCondition {
+ public:
+  // Prepares the condition's test of `field` (normally its own field code).
+  PreparedCondition(const TARNFilterCondition& condition, std::int32_t field);
+
+  // False when every entry passes: no value, a value of the wrong kind, empty
+  // text, or an unknown field.
+  bool restricts() const { return restricts_; }
+  // Whether the entry is kept, logic applied. Only for a condition that restricts.
+  bool keeps(const TARNAccountEntry& entry);
+
+ private:
+  bool byLogic(bool match) const { return keepMatches_ == match; }
+  NameMatchCache::Outcome typeOutcome(const TARNAccountEntry& entry);
+  NameMatchCache::Outcome categoryOutcome(const TARNAccountEntry& entry);
+  bool keepsByName(NameMatchCache::Outcome outcome) const;
+  bool matchesOrEmpty(NameMatchCache::Outcome outcome) const;
+  bool keepsBySplitCategory(const TARNAccountEntry& entry);
+  bool keepsBySplitDescription(const TARNAccountEntry& entry) const;
+  bool flagMatches(bool flag) const { return flagQualifierIs_ && flag == flagValue_; }
+  bool amountMatches(double amount) const;
+
+  std::int32_t field_;
+  std::int32_t qualifier_;
+  bool keepMatches_;
+  bool restricts_ = false;
+
+  TextQualifierTest text_;
+  bool textMatchesEmpty_ = false;  // the test of an unknown type or category name
+  std::string decimalSeparator_;
+  std::string scratch_;  // the amount's text, reused for every entry
+  double amount_ = 0.0;
+  bool flagValue_ = false;
+  bool flagQualifierIs_ = false;
+  DateConditionRange dates_;
+  NameMatchCache types_;
+  NameMatchCache categories_;
+  NameMatchCache splitCategories_;
+};
+
+}  // namespace tarn
