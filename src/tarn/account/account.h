@@ -1,32 +1,123 @@
-// The account document: one check register with its entries, types and
-// currency. It owns its types, local categories and currency reference; the
-// accounts controller it reaches shared categories through is not owned.
-// (So far only what entries ask of their account: name, number, currency and
-// the type and category look-ups.)
+// The account document: one check register with its entries, scheduled
+// entries, entry types, summaries, folders, smart folders, view-filter
+// settings and the remembered import and export options. The account owns
+// every record it holds; its entries and schedules point back at it. It refers
+// to the host's accounts controller (shared currencies and categories) and to
+// the selected folder and smart folder without owning them.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "tarn/platform/calendar_date.h"
+#include "tarn/platform/value.h"
 
 namespace tarn {
 
 class PFCurrency;
+class TARNAccountEntry;
 class TARNAccountEntryCategory;
 class TARNAccountEntryType;
+class TARNAccountFolder;
+class TARNAccountSchedule;
+class TARNAccountSummary;
 class TARNAccountsController;
+class TARNFilter;
+
+// Settings of the register and reconcile view filters, as stored.
+inline constexpr std::int32_t kEntryViewType = 1;
+inline constexpr std::int32_t kReconcileViewType = 2;
+
+// Which field the quick search tests; any other value searches everything.
+inline constexpr std::int32_t kViewSearchDescription = 10;
+inline constexpr std::int32_t kViewSearchToFrom = 11;
+inline constexpr std::int32_t kViewSearchType = 12;
+inline constexpr std::int32_t kViewSearchNotes = 13;
+inline constexpr std::int32_t kViewSearchAmount = 14;
+inline constexpr std::int32_t kViewSearchCheckNumber = 15;
+inline constexpr std::int32_t kViewSearchCategory = 16;
+inline constexpr std::int32_t kViewSearchSplitDescription = 71;
+inline constexpr std::int32_t kViewSearchSplitCategory = 72;
+
+inline constexpr std::int32_t kViewResolvedOnly = 80;
+inline constexpr std::int32_t kViewUnresolvedOnly = 81;
+inline constexpr std::int32_t kViewResolvedAll = 82;
+
+inline constexpr std::int32_t kViewTaxDeductibleOnly = 90;
+inline constexpr std::int32_t kViewNotTaxDeductible = 91;
+inline constexpr std::int32_t kViewTaxDeductibleAll = 92;
+
+// Date ranges of the view filters; 30-33, 40-43 and 50-53 are this, last and
+// to-date week, month, quarter and year.
+inline constexpr std::int32_t kViewDateFirstEntryToToday = 20;
+inline constexpr std::int32_t kViewDateToday = 21;
+inline constexpr std::int32_t kViewDateYesterday = 22;
+inline constexpr std::int32_t kViewDateThisWeek = 30;
+inline constexpr std::int32_t kViewDateLastWeek = 40;
+inline constexpr std::int32_t kViewDateWeekToDate = 50;
+inline constexpr std::int32_t kViewDateAllEntries = 60;
+inline constexpr std::int32_t kViewDateCustom = 61;
 
 class TARNAccount {
  public:
+  using Entries = std::vector<std::shared_ptr<TARNAccountEntry>>;
+  using Schedules = std::vector<std::shared_ptr<TARNAccountSchedule>>;
   using Types = std::vector<std::shared_ptr<TARNAccountEntryType>>;
   using Categories = std::vector<std::shared_ptr<TARNAccountEntryCategory>>;
+  using Summaries = std::vector<std::shared_ptr<TARNAccountSummary>>;
+  using Filters = std::vector<std::shared_ptr<TARNFilter>>;
+  using Folders = std::vector<std::shared_ptr<TARNAccountFolder>>;
+  using Strings = std::vector<std::string>;
+  // Opaque image bytes (TIFF); the core never decodes them.
+  using Image = plist::Data;
 
+  // ---------------------------------------------------------------------
+  // Making, loading and saving (account.cpp, account_dictionary.cpp)
+  // ---------------------------------------------------------------------
+
+  // A new empty account with every default: the default types, summaries and
+  // smart folders, a US dollar currency, today's dates, the default icons.
   TARNAccount();
   ~TARNAccount();
   TARNAccount(const TARNAccount&) = delete;
   TARNAccount& operator=(const TARNAccount&) = delete;
+
+  // A new account from a stored (already upgraded) account dictionary, the
+  // defaults overlaid key by key. Never fails: a missing or malformed key is
+  // logged and keeps its default. The controller is the host's and is not
+  // owned; it may be nullptr.
+  static std::shared_ptr<TARNAccount> initWithDictionary(const plist::Value& dictionary,
+                                                         TARNAccountsController* controller);
+  // The account dictionary to store. Nothing of the account changes.
+  plist::Value asDictionary() const;
+
+  // Builds the entries (schedules) of an array of stored dictionaries and
+  // installs them. Returns the installed list, or nullptr (logged, and no
+  // change) when the value is no array.
+  const Entries* InitEntries(const plist::Value& array);
+  const Schedules* InitSchedules(const plist::Value& array);
+
+  // The format upgrade, run by the host on every stored dictionary before
+  // initWithDictionary. Each returns the dictionary, or nullptr when there is
+  // none to upgrade.
+  static plist::Value* UpdateAccountDictionary(plist::Value& dictionary);
+  static plist::Value* UpdateAccountDictionary(plist::Value& dictionary, std::int32_t version);
+  static plist::Value* UpdateAccountDictionaryFromNil(plist::Value& dictionary);
+
+  // The defaults of a new account, built afresh at each call.
+  static Types defaultTypes();
+  Summaries defaultAccountSummaries() const;
+  // Categories live with the accounts controller; an account has none of its own.
+  static Categories defaultCategories() { return {}; }
+  static Filters defaultSmartFolders();
+
+  // ---------------------------------------------------------------------
+  // Identity and appearance (account.cpp)
+  // ---------------------------------------------------------------------
 
   TARNAccountsController* accountsController() const { return accountsController_; }
   void setAccountsController(TARNAccountsController* controller) {
@@ -35,18 +126,90 @@ class TARNAccount {
 
   std::int32_t GetNumber() const { return number_; }
   void SetNumber(std::int32_t number) { number_ = number; }
+  std::int32_t GetVersion() const { return version_; }
+  void SetVersion(std::int32_t version) { version_ = version; }
   const std::string& GetName() const { return name_; }
   // nullopt is ignored.
   void SetName(std::optional<std::string> name);
 
+  // nullopt (or empty bytes, from which no image can be made) means no icon.
+  const std::optional<Image>& icon() const { return icon_; }
+  void setIcon(std::optional<Image> icon);
+  const std::optional<Image>& highResolutionIcon() const { return highResolutionIcon_; }
+  void setHighResolutionIcon(std::optional<Image> icon);
+
   const std::shared_ptr<PFCurrency>& currency() const { return currency_; }
   void setCurrency(std::shared_ptr<PFCurrency> currency);
 
-  // Active and deactivated entry types, and the local categories (used only
-  // when there is no accounts controller).
+  bool displayExpanded() const { return displayExpanded_; }
+  void setDisplayExpanded(bool expanded) { displayExpanded_ = expanded; }
+
+  // ---------------------------------------------------------------------
+  // Entries and schedules (account_folders.cpp)
+  // ---------------------------------------------------------------------
+
+  // The register itself, in the order held.
+  Entries& GetEntries() { return entries_; }
+  const Entries& GetEntries() const { return entries_; }
+  // Installs the list and points every entry at this account.
+  void SetEntries(Entries entries);
+  // Gives the entry this account and appends it to the selected folder, or to
+  // the register when no folder is selected. nullptr is ignored.
+  void AddEntry(const std::shared_ptr<TARNAccountEntry>& entry);
+  // Removes the entry from the register when it is there; otherwise from every
+  // folder that holds it. nullptr is ignored.
+  void RemoveEntry(const std::shared_ptr<TARNAccountEntry>& entry);
+
+  Schedules& GetSchedules() { return schedules_; }
+  const Schedules& GetSchedules() const { return schedules_; }
+  // Installs the list and points every schedule at this account.
+  void SetSchedules(Schedules schedules);
+
+  // Highest entry number handed out so far.
+  std::int32_t GetNumberCount() const { return numberCount_; }
+  void SetNumberCount(std::int32_t count) { numberCount_ = count; }
+  // Increments numberCount and returns it: the number for a new entry.
+  std::int32_t NextAvailableNumber() { return ++numberCount_; }
+
+  // ---------------------------------------------------------------------
+  // Register settings (account.cpp)
+  // ---------------------------------------------------------------------
+
+  std::int32_t GetStartingCheckNumber() const { return startingCheckNumber_; }
+  void SetStartingCheckNumber(std::int32_t number) { startingCheckNumber_ = number; }
+  double GetStartingBalance() const { return startingBalance_; }
+  void SetStartingBalance(double balance) { startingBalance_ = balance; }
+  double statementBalance() const { return statementBalance_; }
+  void setStatementBalance(double balance) { statementBalance_ = balance; }
+
+  // The stored password ("" for none). SetPassword ignores nullopt; an empty
+  // password authenticates the account at once.
+  const std::string& GetPassword() const { return password_; }
+  void SetPassword(std::optional<std::string> password);
+  bool IsAuthenticated() const { return authenticated_; }
+
+  // ---------------------------------------------------------------------
+  // Entry types and categories (account.cpp)
+  // ---------------------------------------------------------------------
+
   Types& types() { return types_; }
+  const Types& types() const { return types_; }
   Types& inactiveTypes() { return inactiveTypes_; }
+  const Types& inactiveTypes() const { return inactiveTypes_; }
+  const std::shared_ptr<TARNAccountEntryType>& defaultDebitType() const {
+    return defaultDebitType_;
+  }
+  void setDefaultDebitType(std::shared_ptr<TARNAccountEntryType> type);
+  const std::shared_ptr<TARNAccountEntryType>& defaultDepositType() const {
+    return defaultDepositType_;
+  }
+  void setDefaultDepositType(std::shared_ptr<TARNAccountEntryType> type);
+
+  // Local categories: used only when there is no accounts controller.
   Categories& categories() { return categories_; }
+  const Categories& categories() const { return categories_; }
+  Categories& inactiveCategories() { return inactiveCategories_; }
+  const Categories& inactiveCategories() const { return inactiveCategories_; }
 
   // Searches the active types, then the inactive ones; nullptr when absent.
   std::shared_ptr<TARNAccountEntryType> accountEntryTypeForNumber(std::int32_t number) const;
@@ -55,14 +218,355 @@ class TARNAccount {
   std::shared_ptr<TARNAccountEntryCategory> accountEntryCategoryForNumber(
       std::int32_t number) const;
 
+  // ---------------------------------------------------------------------
+  // Suggestion-list preferences (account.cpp)
+  // ---------------------------------------------------------------------
+
+  std::int32_t GetPreference_Descriptions_Style() const { return preference_Descriptions_Style_; }
+  void SetPreference_Descriptions_Style(std::int32_t style) {
+    preference_Descriptions_Style_ = style;
+  }
+  std::int32_t GetPreference_ToFrom_Style() const { return preference_ToFrom_Style_; }
+  void SetPreference_ToFrom_Style(std::int32_t style) { preference_ToFrom_Style_ = style; }
+  std::int32_t GetPreference_Descriptions_SomeSelection() const {
+    return preference_Descriptions_SomeSelection_;
+  }
+  void SetPreference_Descriptions_SomeSelection(std::int32_t count) {
+    preference_Descriptions_SomeSelection_ = count;
+  }
+  std::int32_t GetPreference_ToFrom_SomeSelection() const {
+    return preference_ToFrom_SomeSelection_;
+  }
+  void SetPreference_ToFrom_SomeSelection(std::int32_t count) {
+    preference_ToFrom_SomeSelection_ = count;
+  }
+
+  // The user's own suggestion lists; nullopt until the user makes one.
+  const std::optional<Strings>& preferredDebitDescriptions() const {
+    return preferredDebitDescriptions_;
+  }
+  void SetPreferredDebitDescriptions(std::optional<Strings> list) {
+    preferredDebitDescriptions_ = std::move(list);
+  }
+  const std::optional<Strings>& preferredDepositDescriptions() const {
+    return preferredDepositDescriptions_;
+  }
+  void SetPreferredDepositDescriptions(std::optional<Strings> list) {
+    preferredDepositDescriptions_ = std::move(list);
+  }
+  const std::optional<Strings>& preferredTos() const { return preferredTos_; }
+  void SetPreferredTos(std::optional<Strings> list) { preferredTos_ = std::move(list); }
+  const std::optional<Strings>& preferredFroms() const { return preferredFroms_; }
+  void SetPreferredFroms(std::optional<Strings> list) { preferredFroms_ = std::move(list); }
+
+  // ---------------------------------------------------------------------
+  // Account summaries (account.cpp)
+  // ---------------------------------------------------------------------
+
+  Summaries& accountSummaries() { return accountSummaries_; }
+  const Summaries& accountSummaries() const { return accountSummaries_; }
+  // The summary shown; it is kept alive even after leaving the list.
+  const std::shared_ptr<TARNAccountSummary>& selectedAccountSummary() const {
+    return selectedAccountSummary_;
+  }
+  // Appends; nullptr is ignored.
+  void addAccountSummary(std::shared_ptr<TARNAccountSummary> summary);
+  // Removes every occurrence; ignored when absent.
+  void removeAccountSummary(const std::shared_ptr<TARNAccountSummary>& summary);
+  void selectAccountSummary(std::shared_ptr<TARNAccountSummary> summary);
+  // Ignored when the index is negative or not below the count.
+  void selectAccountSummaryAtIndex(std::int32_t index);
+
+  // ---------------------------------------------------------------------
+  // Folders and smart folders (account_folders.cpp)
+  // ---------------------------------------------------------------------
+
+  Filters& smartFolders() { return smartFolders_; }
+  const Filters& smartFolders() const { return smartFolders_; }
+  // Ignored for nullptr and for a smart folder already in the list.
+  void addSmartFolder(std::shared_ptr<TARNFilter> smartFolder);
+  // Ignored when absent.
+  void removeSmartFolder(const std::shared_ptr<TARNFilter>& smartFolder);
+  // Ignored when negative or not below the count.
+  void removeSmartFolderAtIndex(std::int32_t index);
+  void removeAllSmartFolders() { smartFolders_.clear(); }
+
+  Folders& folders() { return folders_; }
+  const Folders& folders() const { return folders_; }
+  // Ignored for nullptr and for a folder already in the list.
+  void addFolder(std::shared_ptr<TARNAccountFolder> folder);
+  void removeFolder(const std::shared_ptr<TARNAccountFolder>& folder);
+  void removeFolderAtIndex(std::int32_t index);
+  void removeAllFolders() { folders_.clear(); }
+  // Installs the list and points every folder entry at this account.
+  void SetFolders(Folders folders);
+
+  // The smart folder and folder selected in the window, or nullptr. The
+  // account does not keep them alive: one that its owner dropped reads as
+  // nullptr, and one removed from a list stays selected until deselected.
+  std::shared_ptr<TARNFilter> smartFolder() const { return smartFolder_.lock(); }
+  void setSmartFolder(const std::shared_ptr<TARNFilter>& smartFolder) {
+    smartFolder_ = smartFolder;
+  }
+  std::shared_ptr<TARNAccountFolder> folder() const { return folder_.lock(); }
+  void setFolder(const std::shared_ptr<TARNAccountFolder>& folder) { folder_ = folder; }
+
+  // ---------------------------------------------------------------------
+  // View filters (account_folders.cpp)
+  // ---------------------------------------------------------------------
+
+  // A new filter from the settings of the entry view (1) or reconcile view
+  // (2): the search, then the date range, resolved and tax-deductible
+  // conditions, in one group where all must hold. Other view types have no
+  // settings and give a filter without conditions.
+  std::shared_ptr<TARNFilter> filterForViewType(std::int32_t viewType) const;
+  std::shared_ptr<TARNFilter> entryFilter() const { return filterForViewType(kEntryViewType); }
+  std::shared_ptr<TARNFilter> reconcileFilter() const {
+    return filterForViewType(kReconcileViewType);
+  }
+  // What each view shows: the selected folder's entries through the view
+  // filter; or, with no folder selected, the register through the view filter
+  // and then through the selected smart folder.
+  Entries entryFilteredEntries() const;
+  Entries reconcileFilteredEntries() const;
+
+  std::int32_t entryFilterType() const { return entryFilterType_; }
+  void setEntryFilterType(std::int32_t type) { entryFilterType_ = type; }
+  // The search text (nil reads as the empty string).
+  const plist::Value& entryFilterData() const { return entryFilterData_; }
+  void setEntryFilterData(plist::Value data) { entryFilterData_ = std::move(data); }
+  std::int32_t entryResolvedFilterType() const { return entryResolvedFilterType_; }
+  void setEntryResolvedFilterType(std::int32_t type) { entryResolvedFilterType_ = type; }
+  std::int32_t entryTaxDeductibleFilterType() const { return entryTaxDeductibleFilterType_; }
+  void setEntryTaxDeductibleFilterType(std::int32_t type) { entryTaxDeductibleFilterType_ = type; }
+  std::int32_t entryDateFilterType() const { return entryDateFilterType_; }
+  void setEntryDateFilterType(std::int32_t type) { entryDateFilterType_ = type; }
+  DateNumber entryDateFilterStartDate() const { return entryDateFilterStartDate_; }
+  void setEntryDateFilterStartDate(DateNumber date) { entryDateFilterStartDate_ = date; }
+  DateNumber entryDateFilterEndDate() const { return entryDateFilterEndDate_; }
+  void setEntryDateFilterEndDate(DateNumber date) { entryDateFilterEndDate_ = date; }
+
+  std::int32_t reconcileFilterType() const { return reconcileFilterType_; }
+  void setReconcileFilterType(std::int32_t type) { reconcileFilterType_ = type; }
+  const plist::Value& reconcileFilterData() const { return reconcileFilterData_; }
+  void setReconcileFilterData(plist::Value data) { reconcileFilterData_ = std::move(data); }
+  std::int32_t reconcileResolvedFilterType() const { return reconcileResolvedFilterType_; }
+  void setReconcileResolvedFilterType(std::int32_t type) { reconcileResolvedFilterType_ = type; }
+  std::int32_t reconcileTaxDeductibleFilterType() const {
+    return reconcileTaxDeductibleFilterType_;
+  }
+  void setReconcileTaxDeductibleFilterType(std::int32_t type) {
+    reconcileTaxDeductibleFilterType_ = type;
+  }
+  std::int32_t reconcileDateFilterType() const { return reconcileDateFilterType_; }
+  void setReconcileDateFilterType(std::int32_t type) { reconcileDateFilterType_ = type; }
+  DateNumber reconcileDateFilterStartDate() const { return reconcileDateFilterStartDate_; }
+  void setReconcileDateFilterStartDate(DateNumber date) { reconcileDateFilterStartDate_ = date; }
+  DateNumber reconcileDateFilterEndDate() const { return reconcileDateFilterEndDate_; }
+  void setReconcileDateFilterEndDate(DateNumber date) { reconcileDateFilterEndDate_ = date; }
+
+  // ---------------------------------------------------------------------
+  // Remembered import and export options (account.cpp)
+  // ---------------------------------------------------------------------
+
+  bool GetOFXImportZeroAmountsAsDeposits() const { return OFXImportZeroAmountsAsDeposits_; }
+  void SetOFXImportZeroAmountsAsDeposits(bool on) { OFXImportZeroAmountsAsDeposits_ = on; }
+  std::int32_t GetOFXImport_SwapOptions_Name() const { return OFXImport_SwapOptions_Name_; }
+  void SetOFXImport_SwapOptions_Name(std::int32_t v) { OFXImport_SwapOptions_Name_ = v; }
+  std::int32_t GetOFXImport_SwapOptions_Payee() const { return OFXImport_SwapOptions_Payee_; }
+  void SetOFXImport_SwapOptions_Payee(std::int32_t v) { OFXImport_SwapOptions_Payee_ = v; }
+  std::int32_t GetOFXImport_SwapOptions_Memo() const { return OFXImport_SwapOptions_Memo_; }
+  void SetOFXImport_SwapOptions_Memo(std::int32_t v) { OFXImport_SwapOptions_Memo_ = v; }
+  std::int32_t GetOFXImport_SwapOptions_TransactionType() const {
+    return OFXImport_SwapOptions_TransactionType_;
+  }
+  void SetOFXImport_SwapOptions_TransactionType(std::int32_t v) {
+    OFXImport_SwapOptions_TransactionType_ = v;
+  }
+  std::int32_t GetOFXImport_SwapOptions_ReferenceNumber() const {
+    return OFXImport_SwapOptions_ReferenceNumber_;
+  }
+  void SetOFXImport_SwapOptions_ReferenceNumber(std::int32_t v) {
+    OFXImport_SwapOptions_ReferenceNumber_ = v;
+  }
+
+  // A string encoding number of the platform (see platform/encodings.h).
+  std::int32_t GetQIFImportEncoding() const { return QIFImportEncoding_; }
+  void SetQIFImportEncoding(std::int32_t encoding) { QIFImportEncoding_ = encoding; }
+  std::int32_t GetQIFImportDateFormat() const { return QIFImportDateFormat_; }
+  void SetQIFImportDateFormat(std::int32_t format) { QIFImportDateFormat_ = format; }
+  const std::string& GetQIFImportDecimalSeparator() const { return QIFImportDecimalSeparator_; }
+  void SetQIFImportDecimalSeparator(std::string s) { QIFImportDecimalSeparator_ = std::move(s); }
+  const std::string& GetQIFImportThousandsSeparator() const { return QIFImportThousandsSeparator_; }
+  void SetQIFImportThousandsSeparator(std::string s) {
+    QIFImportThousandsSeparator_ = std::move(s);
+  }
+  bool GetQIFImportZeroAmountsAsDeposits() const { return QIFImportZeroAmountsAsDeposits_; }
+  void SetQIFImportZeroAmountsAsDeposits(bool on) { QIFImportZeroAmountsAsDeposits_ = on; }
+  bool GetQIFImportAllCategories() const { return QIFImportAllCategories_; }
+  void SetQIFImportAllCategories(bool on) { QIFImportAllCategories_ = on; }
+  bool GetQIFImportSplitLineItems() const { return QIFImportSplitLineItems_; }
+  void SetQIFImportSplitLineItems(bool on) { QIFImportSplitLineItems_ = on; }
+  std::int32_t GetQIFImport_SwapOptions_ToFrom() const { return QIFImport_SwapOptions_ToFrom_; }
+  void SetQIFImport_SwapOptions_ToFrom(std::int32_t v) { QIFImport_SwapOptions_ToFrom_ = v; }
+  std::int32_t GetQIFImport_SwapOptions_Category() const { return QIFImport_SwapOptions_Category_; }
+  void SetQIFImport_SwapOptions_Category(std::int32_t v) { QIFImport_SwapOptions_Category_ = v; }
+  std::int32_t GetQIFImport_SwapOptions_Description() const {
+    return QIFImport_SwapOptions_Description_;
+  }
+  void SetQIFImport_SwapOptions_Description(std::int32_t v) {
+    QIFImport_SwapOptions_Description_ = v;
+  }
+
+  std::int32_t GetTextImportEncoding() const { return textImportEncoding_; }
+  void SetTextImportEncoding(std::int32_t encoding) { textImportEncoding_ = encoding; }
+  // The column layout of the text import; nullopt until the user makes one.
+  const std::optional<std::vector<std::int32_t>>& GetTextImportDataLayout() const {
+    return textImportDataLayout_;
+  }
+  void SetTextImportDataLayout(std::optional<std::vector<std::int32_t>> layout) {
+    textImportDataLayout_ = std::move(layout);
+  }
+  bool GetTextImportSkipFirstRow() const { return textImportSkipFirstRow_; }
+  void SetTextImportSkipFirstRow(bool skip) { textImportSkipFirstRow_ = skip; }
+  std::int32_t GetTextImportDataFormat() const { return textImportDataFormat_; }
+  void SetTextImportDataFormat(std::int32_t format) { textImportDataFormat_ = format; }
+  std::int32_t GetTextImportDateFormat() const { return textImportDateFormat_; }
+  void SetTextImportDateFormat(std::int32_t format) { textImportDateFormat_ = format; }
+  const std::string& GetTextImportDecimalSeparator() const { return textImportDecimalSeparator_; }
+  void SetTextImportDecimalSeparator(std::string s) { textImportDecimalSeparator_ = std::move(s); }
+  const std::string& GetTextImportThousandsSeparator() const {
+    return textImportThousandsSeparator_;
+  }
+  void SetTextImportThousandsSeparator(std::string s) {
+    textImportThousandsSeparator_ = std::move(s);
+  }
+  std::uint8_t GetTextImportZeroAmountsAsDeposits() const {
+    return textImportZeroAmountsAsDeposits_;
+  }
+  void SetTextImportZeroAmountsAsDeposits(std::uint8_t on) {
+    textImportZeroAmountsAsDeposits_ = on;
+  }
+
+  std::int32_t textExport_ExportType() const { return textExport_ExportType_; }
+  void setTextExport_ExportType(std::int32_t type) { textExport_ExportType_ = type; }
+  std::int32_t textExport_Encoding() const { return textExport_Encoding_; }
+  void setTextExport_Encoding(std::int32_t encoding) { textExport_Encoding_ = encoding; }
+
+  // Account numbers last used as the two ends of a transfer; -1 for none.
+  std::int32_t lastFromAccount() const { return lastFromAccount_; }
+  void setLastFromAccount(std::int32_t number) { lastFromAccount_ = number; }
+  std::int32_t lastToAccount() const { return lastToAccount_; }
+  void setLastToAccount(std::int32_t number) { lastToAccount_ = number; }
+
+  // ---------------------------------------------------------------------
+  // Ledger operations (balances, numbering, look-ups, suggestion lists,
+  // sorting, export) are declared below this line.
+  // ---------------------------------------------------------------------
+
  private:
+  // Reading of the stored dictionary, one group of keys at a time
+  // (account_dictionary.cpp).
+  void loadIdentity(const plist::Value& dictionary);
+  void loadTypesAndRecords(const plist::Value& dictionary);
+  void loadPreferences(const plist::Value& dictionary);
+  void loadSummaries(const plist::Value& dictionary);
+  void loadViewFilters(const plist::Value& dictionary);
+  void loadImportExportOptions(const plist::Value& dictionary);
+  void loadFolders(const plist::Value& dictionary);
+  void readCurrency(const plist::Value* value);
+
+  // The filtered view of one view type, and the date span of the register
+  // that its "all entries" range covers (account_folders.cpp).
+  Entries filteredEntries(std::int32_t viewType) const;
+  std::pair<DateNumber, DateNumber> firstAndLastRegisterDates() const;
+
   TARNAccountsController* accountsController_ = nullptr;
   std::int32_t number_ = -1;
+  std::int32_t version_ = 8;
   std::string name_;
+  std::optional<Image> icon_;
+  std::optional<Image> highResolutionIcon_;
   std::shared_ptr<PFCurrency> currency_;
+  Entries entries_;
   Types types_;
   Types inactiveTypes_;
+  std::shared_ptr<TARNAccountEntryType> defaultDebitType_;
+  std::shared_ptr<TARNAccountEntryType> defaultDepositType_;
   Categories categories_;
+  Categories inactiveCategories_;
+  std::int32_t startingCheckNumber_ = 1;
+  double startingBalance_ = 0.0;
+  std::string password_;
+  bool authenticated_ = false;
+  Schedules schedules_;
+  std::int32_t numberCount_ = 0;
+  std::int32_t preference_Descriptions_Style_ = 1;
+  std::int32_t preference_ToFrom_Style_ = 1;
+  std::int32_t preference_ToFrom_SomeSelection_ = 50;
+  std::int32_t preference_Descriptions_SomeSelection_ = 50;
+  std::optional<Strings> preferredDebitDescriptions_;
+  std::optional<Strings> preferredDepositDescriptions_;
+  std::optional<Strings> preferredTos_;
+  std::optional<Strings> preferredFroms_;
+  Summaries accountSummaries_;
+  std::shared_ptr<TARNAccountSummary> selectedAccountSummary_;
+  double statementBalance_ = 0.0;
+
+  std::int32_t entryFilterType_ = 0;
+  plist::Value entryFilterData_;
+  std::int32_t entryResolvedFilterType_ = kViewResolvedAll;
+  std::int32_t entryTaxDeductibleFilterType_ = kViewTaxDeductibleAll;
+  std::int32_t entryDateFilterType_ = kViewDateAllEntries;
+  DateNumber entryDateFilterStartDate_ = 0;
+  DateNumber entryDateFilterEndDate_ = 0;
+  std::int32_t reconcileFilterType_ = 0;
+  plist::Value reconcileFilterData_;
+  std::int32_t reconcileResolvedFilterType_ = kViewResolvedAll;
+  std::int32_t reconcileTaxDeductibleFilterType_ = kViewTaxDeductibleAll;
+  std::int32_t reconcileDateFilterType_ = kViewDateAllEntries;
+  DateNumber reconcileDateFilterStartDate_ = 0;
+  DateNumber reconcileDateFilterEndDate_ = 0;
+
+  bool OFXImportZeroAmountsAsDeposits_ = true;
+  std::int32_t OFXImport_SwapOptions_Name_ = 2;
+  std::int32_t OFXImport_SwapOptions_Payee_ = 1;
+  std::int32_t OFXImport_SwapOptions_Memo_ = 4;
+  std::int32_t OFXImport_SwapOptions_TransactionType_ = 3;
+  std::int32_t OFXImport_SwapOptions_ReferenceNumber_ = 5;
+
+  std::int32_t QIFImportEncoding_ = 0;
+  std::int32_t QIFImportDateFormat_ = 0;
+  std::string QIFImportDecimalSeparator_;
+  std::string QIFImportThousandsSeparator_;
+  bool QIFImportZeroAmountsAsDeposits_ = true;
+  bool QIFImportAllCategories_ = false;
+  bool QIFImportSplitLineItems_ = true;
+  std::int32_t QIFImport_SwapOptions_ToFrom_ = 1;
+  std::int32_t QIFImport_SwapOptions_Category_ = 0;
+  std::int32_t QIFImport_SwapOptions_Description_ = 2;
+
+  std::int32_t textImportEncoding_ = 0;
+  std::optional<std::vector<std::int32_t>> textImportDataLayout_;
+  bool textImportSkipFirstRow_ = false;
+  std::int32_t textImportDataFormat_ = 0;
+  std::int32_t textImportDateFormat_ = 0;
+  std::string textImportDecimalSeparator_;
+  std::string textImportThousandsSeparator_;
+  std::uint8_t textImportZeroAmountsAsDeposits_ = 1;
+
+  // An odd stored default, kept as it is.
+  std::int32_t textExport_ExportType_ = -5;
+  std::int32_t textExport_Encoding_ = 0;
+
+  std::int32_t lastFromAccount_ = -1;
+  std::int32_t lastToAccount_ = -1;
+
+  Filters smartFolders_;
+  Folders folders_;
+  std::weak_ptr<TARNFilter> smartFolder_;
+  std::weak_ptr<TARNAccountFolder> folder_;
+  bool displayExpanded_ = false;
 };
 
 }  // namespace tarn
