@@ -3,6 +3,7 @@
 // their own. It owns what it holds; accounts refer to it without owning it.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -33,12 +34,9 @@ class InMemoryAccountsController : public TARNAccountsController {
     return nullptr;
   }
   std::vector<std::shared_ptr<PFCurrency>>& currencies() override { return currencies_; }
-  // The first category in pre-order with the number.
+  // The first category in pre-order with the number (walked in place, no list built).
   std::shared_ptr<TARNAccountEntryCategory> categoryWithNumber(std::int32_t number) override {
-    for (const auto& category : allCategories()) {
-      if (category->number() == number) return category;
-    }
-    return nullptr;
+    return findNumber(categories_, number);
   }
   std::vector<std::shared_ptr<TARNAccountEntryCategory>> allCategories() override {
     std::vector<std::shared_ptr<TARNAccountEntryCategory>> all;
@@ -52,6 +50,16 @@ class InMemoryAccountsController : public TARNAccountsController {
   }
 
  private:
+  static std::shared_ptr<TARNAccountEntryCategory> findNumber(
+      const std::vector<std::shared_ptr<TARNAccountEntryCategory>>& list, std::int32_t number) {
+    for (const auto& category : list) {
+      if (!category) continue;
+      if (category->number() == number) return category;
+      if (auto found = findNumber(category->children(), number)) return found;
+    }
+    return nullptr;
+  }
+
   std::shared_ptr<PFCurrency> defaultCurrency_;
   std::vector<std::shared_ptr<PFCurrency>> currencies_;
   std::vector<std::shared_ptr<TARNAccountEntryCategory>> categories_;
