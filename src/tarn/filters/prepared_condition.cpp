@@ -252,8 +252,10 @@ bool PreparedCondition::keeps(const TARNAccountEntry& entry) {
     case kFieldVoid:
       return byLogic(flagMatches(entry.GetVoid()));
     case kFieldCheckNumberText: {
+      // An entry without a check number (-1) reads "0".
+      const std::int32_t checkNumber = entry.GetCheckNumber() == -1 ? 0 : entry.GetCheckNumber();
       char number[16];
-      const auto written = std::to_chars(number, number + sizeof number, entry.GetCheckNumber());
+      const auto written = std::to_chars(number, number + sizeof number, checkNumber);
       return byLogic(
           text_.matches(std::string_view(number, static_cast<std::size_t>(written.ptr - number))));
     }
