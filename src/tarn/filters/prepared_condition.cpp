@@ -163,6 +163,31 @@ PreparedCondition::PreparedCondition(const TARNFilterCondition& condition, std::
   }
 }
 
+int PreparedCondition::cost() const {
+  switch (field_) {
+    case kFieldDate:
+    case kFieldAmount:
+    case kFieldCheck:
+    case kFieldResolved:
+    case kFieldTaxDeductible:
+    case kFieldVoid:
+      return 0;
+    case kFieldDescription:
+    case kFieldToFrom:
+    case kFieldNotes:
+    case kFieldCheckNumberText:
+    case kFieldType:
+    case kFieldCategory:
+      return 1;
+    case kFieldAmountText:
+    case kFieldSplitCategory:
+    case kFieldSplitDescription:
+      return 2;
+    default:  // anything: five texts
+      return 3;
+  }
+}
+
 bool PreparedCondition::amountMatches(double amount) const {
   switch (qualifier_) {
     case kAmountIsEqualTo:
