@@ -16,7 +16,7 @@ TEST(CalendarFormat, WritesEveryDirective) {
   EXPECT_EQ(date.descriptionWithCalendarFormat("%Y %y %m %d %e"), "2007 07 03 05 5");
   EXPECT_EQ(date.descriptionWithCalendarFormat("%b %B %a %A"), "Mar March Mon Monday");
   EXPECT_EQ(date.descriptionWithCalendarFormat("%H:%M:%S %I%p"), "14:07:09 02PM");
-  EXPECT_EQ(date.descriptionWithCalendarFormat("%j 100%% %q"), "064 100% %q");
+  EXPECT_EQ(date.descriptionWithCalendarFormat("%j 100%% %q %w %S.%F"), "064 100% %q 1 09.000");
   EXPECT_EQ(CalendarDate(2024, 12, 31).descriptionWithCalendarFormat("%j"), "366");
   EXPECT_EQ(CalendarDate(2000, 1, 1).descriptionWithCalendarFormat("%y"), "00");
   EXPECT_EQ(CalendarDate(987, 1, 1).descriptionWithCalendarFormat("%Y/%y"), "0987/87");
@@ -35,6 +35,8 @@ TEST(CalendarFormat, ReadsNumbersOfOneOrTwoDigits) {
   EXPECT_EQ(read(" 5.3.2007 ", "%e.%m.%Y"), 20070305);
   EXPECT_EQ(read("064 2007", "%j %Y"), 20070305);
   EXPECT_EQ(read("366 2024", "%j %Y"), 20241231);
+  EXPECT_EQ(read("2007-03-05 0 12:00:00.250", "%Y-%m-%d %w %H:%M:%S.%F"), 20070305);
+  EXPECT_FALSE(read("2007-03-05 7", "%Y-%m-%d %w"));
   EXPECT_FALSE(read("366 2023", "%j %Y"));
   EXPECT_FALSE(read("0 2023", "%j %Y"));
   const auto time = CalendarDate::dateWithString("2007-03-05 9:07:05", "%Y-%m-%d %H:%M:%S");

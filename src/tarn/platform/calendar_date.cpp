@@ -305,6 +305,12 @@ std::string CalendarDate::descriptionWithCalendarFormat(std::string_view format)
       case 'j':
         appendNumber(out, dayOfYear(), 3);
         break;
+      case 'w':
+        appendNumber(out, dayOfWeek(), 1);
+        break;
+      case 'F':
+        out += "000";  // dates keep whole seconds
+        break;
       case '%':
         out += '%';
         break;
@@ -392,6 +398,12 @@ std::optional<CalendarDate> CalendarDate::dateWithString(std::string_view text,
         break;
       case 'j':
         if (!(yearDay = reader.number(3))) return std::nullopt;
+        break;
+      case 'w':
+        if (!(value = reader.number(1)) || *value > 6) return std::nullopt;
+        break;
+      case 'F':
+        if (!reader.number(3)) return std::nullopt;  // milliseconds are dropped
         break;
       case '%':
         if (!reader.literal('%')) return std::nullopt;

@@ -51,7 +51,8 @@ class CalendarDate {
   // digits), %y year of the century, %m month 01-12, %d day 01-31, %e day
   // without padding, %b/%B English month name abbreviated/full, %a/%A weekday
   // name, %H hour 00-23, %I hour 01-12, %p AM/PM, %M minute, %S second, %j day
-  // of the year 001-366, %% a percent sign. Other directives are copied.
+  // of the year 001-366, %w weekday 0-6 (Sunday 0), %F milliseconds (always
+  // 000), %% a percent sign. Other directives are copied as they stand.
   std::string descriptionWithCalendarFormat(std::string_view format) const;
   // Reads text written in a calendar format; nullopt when the text does not
   // fit it or names no real date (13/01/07, 04/31/07 in "%m/%d/%y"). Numbers
@@ -61,7 +62,7 @@ class CalendarDate {
   // whitespace is allowed. Two-digit years (%y): 69-99 are 1969-1999, 00-68
   // are 2000-2068. A format without a year takes the current year; missing
   // month and day are 1, a missing time of day is midnight. The weekday of
-  // %a/%A is read but not checked against the date.
+  // %a/%A/%w is read but not checked against the date.
   static std::optional<CalendarDate> dateWithString(std::string_view text, std::string_view format);
 
   static CalendarDate now();
