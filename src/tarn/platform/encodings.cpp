@@ -59,7 +59,6 @@ constexpr EncodingInfo kEncodings[] = {
     {cf(0x020D), 28603, "ISO-8859-13", "Baltic (ISO Latin 7)"},
     {cf(0x020E), 0, "ISO-8859-14", "Celtic (ISO Latin 8)"},
     {cf(0x020F), 28605, "ISO-8859-15", "Western (ISO Latin 9)"},
-    {cf(0x0210), 0, "ISO-8859-16", "Romanian (ISO Latin 10)"},
     // Windows code pages.
     {cf(0x0505), 1255, "windows-1255", "Hebrew (Windows)"},
     {cf(0x0506), 1256, "windows-1256", "Arabic (Windows)"},
