@@ -294,9 +294,11 @@ bool PreparedCondition::keeps(const TARNAccountEntry& entry) {
     case kFieldNotes:
       return byLogic(text_.matches(entry.GetNotes()));
     case kFieldAnything:
-      // Unknown type and category read as empty names here.
-      return byLogic(text_.matches(entry.GetDescription()) || matchesOrEmpty(typeOutcome(entry)) ||
-                     matchesOrEmpty(categoryOutcome(entry)) || text_.matches(entry.GetToFrom()) ||
+      // Any of the five texts; unknown type and category read as empty names.
+      // Their outcomes come from the run's table, so they are tried before
+      // the entry's own texts (the order cannot change the answer).
+      return byLogic(matchesOrEmpty(typeOutcome(entry)) || matchesOrEmpty(categoryOutcome(entry)) ||
+                     text_.matches(entry.GetDescription()) || text_.matches(entry.GetToFrom()) ||
                      text_.matches(entry.GetNotes()));
     default:
       return true;
