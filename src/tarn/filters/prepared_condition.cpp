@@ -18,21 +18,6 @@ namespace {
 
 using Outcome = NameMatchCache::Outcome;
 
-std::optional<TextAnchor> anchorForQualifier(std::int32_t qualifier) {
-  switch (qualifier) {
-    case kTextIsExactly:
-      return TextAnchor::Whole;
-    case kTextContains:
-      return TextAnchor::Anywhere;
-    case kTextStartsWith:
-      return TextAnchor::AtStart;
-    case kTextEndsWith:
-      return TextAnchor::AtEnd;
-    default:
-      return std::nullopt;
-  }
-}
-
 // The integer at the start of a text, as the platform's strings read one:
 // leading white space skipped, an optional sign, then digits; 0 when there
 // are none, and the 32-bit limit on overflow.
@@ -102,10 +87,6 @@ bool isFlagField(std::int32_t field) {
 
 }  // namespace
 
-TextQualifierTest::TextQualifierTest(std::string_view needle, std::int32_t qualifier) {
-  if (const auto anchor = anchorForQualifier(qualifier)) matcher_.emplace(needle, *anchor);
-}
-
 PreparedCondition::PreparedCondition(const TARNFilterCondition& condition, std::int32_t field)
     : field_(field), qualifier_(condition.qualifier()), keepMatches_(condition.logic() != 0) {
   const plist::Value& data = condition.data();
@@ -114,7 +95,7 @@ PreparedCondition::PreparedCondition(const TARNFilterCondition& condition, std::
     if (!data.isString() || data.stringValue().empty()) return;
     restricts_ = true;
     if (field != kFieldAmountText) {
-      text_ = TextQualifierTest(data.stringValue(), qualifier_);
+      text_ = TextConditionMatcher(data.stringValue(), qualifier_);
       textMatchesEmpty_ = text_.matches("");
       return;
     }
@@ -124,7 +105,7 @@ PreparedCondition::PreparedCondition(const TARNFilterCondition& condition, std::
     removeOccurrences(needle, UserDefault("NSThousandsSeparator"));
     // A search text left empty is found in no amount's text (and equals none):
     // leave the test without a matcher.
-    if (!needle.empty()) text_ = TextQualifierTest(needle, qualifier_);
+    if (!needle.empty()) text_ = TextConditionMatcher(needle, qualifier_);
     decimalSeparator_ = UserDefault("NSDecimalSeparator");
     return;
   }
