@@ -28,7 +28,8 @@ CivilDay civilFromDays(std::int64_t days) {
   days += 719468;
   const std::int64_t era = (days >= 0 ? days : days - 146096) / 146097;
   const unsigned dayOfEra = static_cast<unsigned>(days - era * 146097);
-  const unsigned yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+  const unsigned yearOfEra =
+      (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
   const std::int64_t year = static_cast<std::int64_t>(yearOfEra) + era * 400;
   const unsigned dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
   const unsigned mp = (5 * dayOfYear + 2) / 153;
@@ -48,7 +49,8 @@ std::int64_t secondsFromFields(std::int64_t year, std::int64_t month, std::int64
                                std::int64_t hour, std::int64_t minute, std::int64_t second) {
   const std::int64_t monthIndex = month - 1;
   year += floorDiv(monthIndex, 12);
-  const auto normalizedMonth = static_cast<unsigned>(monthIndex - floorDiv(monthIndex, 12) * 12 + 1);
+  const auto normalizedMonth =
+      static_cast<unsigned>(monthIndex - floorDiv(monthIndex, 12) * 12 + 1);
   const std::int64_t days = daysFromCivil(year, normalizedMonth, 1) + (day - 1);
   return days * kSecondsPerDay + hour * 3600 + minute * 60 + second;
 }
@@ -97,13 +99,17 @@ CalendarDate CalendarDate::dateWithDateNumber(DateNumber number) {
   return CalendarDate(number / 10000, (number % 10000) / 100, number % 100);
 }
 
-DateNumber CalendarDate::dateNumber() const { return year_ * 10000 + month_ * 100 + day_; }
+DateNumber CalendarDate::dateNumber() const {
+  return year_ * 10000 + month_ * 100 + day_;
+}
 
 CalendarDate CalendarDate::dateWithSecondsSince1970(std::int64_t seconds) {
   return CalendarDate(seconds);
 }
 
-std::int64_t CalendarDate::daysSince1970() const { return floorDiv(seconds_, kSecondsPerDay); }
+std::int64_t CalendarDate::daysSince1970() const {
+  return floorDiv(seconds_, kSecondsPerDay);
+}
 
 int CalendarDate::dayOfWeek() const {
   // 1 January 1970 was a Thursday (4).
@@ -115,10 +121,12 @@ int CalendarDate::dayOfYear() const {
   return static_cast<int>(daysSince1970() - daysFromCivil(year_, 1, 1)) + 1;
 }
 
-int CalendarDate::daysInMonth() const { return DaysInMonth(month_, year_); }
+int CalendarDate::daysInMonth() const {
+  return DaysInMonth(month_, year_);
+}
 
-CalendarDate CalendarDate::dateByAddingYears(int years, int months, int days, int hours, int minutes,
-                                             int seconds) const {
+CalendarDate CalendarDate::dateByAddingYears(int years, int months, int days, int hours,
+                                             int minutes, int seconds) const {
   const std::int64_t shifted =
       secondsFromFields(static_cast<std::int64_t>(year_) + years,
                         static_cast<std::int64_t>(month_) + months, day_, hour_, minute_, second_);

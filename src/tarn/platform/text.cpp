@@ -8,9 +8,13 @@
 namespace tarn {
 namespace {
 
-unsigned char asciiLower(unsigned char c) { return (c >= 'A' && c <= 'Z') ? c + ('a' - 'A') : c; }
+unsigned char asciiLower(unsigned char c) {
+  return (c >= 'A' && c <= 'Z') ? c + ('a' - 'A') : c;
+}
 
-int sign(int value) { return (value > 0) - (value < 0); }
+int sign(int value) {
+  return (value > 0) - (value < 0);
+}
 
 }  // namespace
 
@@ -27,12 +31,13 @@ std::string CaseFold(std::string_view text) {
   }
   UErrorCode status = U_ZERO_ERROR;
   std::unique_ptr<UCaseMap, decltype(&ucasemap_close)> map(ucasemap_open(nullptr, 0, &status),
-                                                            ucasemap_close);
+                                                           ucasemap_close);
   if (U_FAILURE(status)) return std::string(text);
   std::string folded(text.size() * 3 + 4, '\0');
   status = U_ZERO_ERROR;
-  int32_t length = ucasemap_utf8FoldCase(map.get(), folded.data(), static_cast<int32_t>(folded.size()),
-                                         text.data(), static_cast<int32_t>(text.size()), &status);
+  int32_t length =
+      ucasemap_utf8FoldCase(map.get(), folded.data(), static_cast<int32_t>(folded.size()),
+                            text.data(), static_cast<int32_t>(text.size()), &status);
   if (status == U_BUFFER_OVERFLOW_ERROR) {
     folded.assign(static_cast<size_t>(length), '\0');
     status = U_ZERO_ERROR;
@@ -61,17 +66,20 @@ bool CaseInsensitiveEqual(std::string_view a, std::string_view b) {
   return CaseInsensitiveCompare(a, b) == 0;
 }
 
-bool CaseInsensitiveContains(std::string_view haystack, std::string_view needle, TextAnchor anchor) {
+bool CaseInsensitiveContains(std::string_view haystack, std::string_view needle,
+                             TextAnchor anchor) {
   if (needle.empty()) return true;
   const std::string foldedHaystack = CaseFold(haystack);
   const std::string foldedNeedle = CaseFold(needle);
   if (foldedNeedle.size() > foldedHaystack.size()) return false;
   switch (anchor) {
-    case TextAnchor::AtStart: return foldedHaystack.compare(0, foldedNeedle.size(), foldedNeedle) == 0;
+    case TextAnchor::AtStart:
+      return foldedHaystack.compare(0, foldedNeedle.size(), foldedNeedle) == 0;
     case TextAnchor::AtEnd:
-      return foldedHaystack.compare(foldedHaystack.size() - foldedNeedle.size(), foldedNeedle.size(),
-                                    foldedNeedle) == 0;
-    case TextAnchor::Anywhere: return foldedHaystack.find(foldedNeedle) != std::string::npos;
+      return foldedHaystack.compare(foldedHaystack.size() - foldedNeedle.size(),
+                                    foldedNeedle.size(), foldedNeedle) == 0;
+    case TextAnchor::Anywhere:
+      return foldedHaystack.find(foldedNeedle) != std::string::npos;
   }
   return false;
 }
