@@ -262,6 +262,10 @@ TEST(PlistRoundTrip, XmlKeepsWholeSecondsOfDatesAndBinaryKeepsFractions) {
   const Value date(Date{294634921.75});
   EXPECT_EQ(ParseBinary(ToBinary(date)).dateValue().secondsSince2001, 294634921.75);
   EXPECT_EQ(ParseXml(ToXml(date)).dateValue().secondsSince2001, 294634921.0);
+  // Years before the common era and far ahead keep their seconds.
+  for (double seconds : {-7e10, 3e11}) {
+    EXPECT_EQ(ParseXml(ToXml(Value(Date{seconds}))).dateValue().secondsSince2001, seconds);
+  }
   // Before 2001 the second is rounded down, not toward zero.
   EXPECT_NE(ToXml(Value(Date{-0.5})).find("<date>2000-12-31T23:59:59Z</date>"), std::string::npos);
   EXPECT_NE(ToXml(Value(Date{0.0})).find("<date>2001-01-01T00:00:00Z</date>"), std::string::npos);

@@ -59,7 +59,7 @@ std::uint64_t hashBytes(std::string_view bytes, ObjectKind kind) {
     h ^= h >> 28;
   }
   std::uint64_t tail = 0;
-  std::memcpy(&tail, p, n);
+  if (n != 0) std::memcpy(&tail, p, n);  // p is null for empty data
   return mix(h ^ tail);
 }
 
