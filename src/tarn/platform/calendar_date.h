@@ -47,10 +47,22 @@ class CalendarDate {
   CalendarDate dateByAddingYears(int years, int months, int days, int hours = 0, int minutes = 0,
                                  int seconds = 0) const;
 
-  // strftime-like calendar formats: %Y %y %m %d %e %b %B %a %A %H %M %S %j %%.
+  // Writes the date in a strftime-like calendar format: %Y year (at least four
+  // digits), %y year of the century, %m month 01-12, %d day 01-31, %e day
+  // without padding, %b/%B English month name abbreviated/full, %a/%A weekday
+  // name, %H hour 00-23, %I hour 01-12, %p AM/PM, %M minute, %S second, %j day
+  // of the year 001-366, %w weekday 0-6 (Sunday 0), %F milliseconds (always
+  // 000), %% a percent sign. Other directives are copied as they stand.
   std::string descriptionWithCalendarFormat(std::string_view format) const;
-  // Reads text in a calendar format; nullopt when the text does not fit.
-  // Two-digit years (%y): 69-99 are 1969-1999, 00-68 are 2000-2068.
+  // Reads text written in a calendar format; nullopt when the text does not
+  // fit it or names no real date (13/01/07, 04/31/07 in "%m/%d/%y"). Numbers
+  // take one or two digits (%j up to three, %Y up to four), names are read
+  // case-insensitively in full or abbreviated, a space in the format matches
+  // any run of whitespace, other characters must match exactly, and trailing
+  // whitespace is allowed. Two-digit years (%y): 69-99 are 1969-1999, 00-68
+  // are 2000-2068. A format without a year takes the current year; missing
+  // month and day are 1, a missing time of day is midnight. The weekday of
+  // %a/%A/%w is read but not checked against the date.
   static std::optional<CalendarDate> dateWithString(std::string_view text, std::string_view format);
 
   static CalendarDate now();

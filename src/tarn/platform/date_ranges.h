@@ -27,13 +27,19 @@ enum DateMnemonic : int {
   kMnemonicYearToDate = 13,
 };
 
-// Fills in the first and last day (midnight) of the period relative to
-// CalendarDate::now(). Weeks run Sunday to Saturday; "to date" periods end
-// today. An unknown mnemonic gives today for both.
+// Fills in the first and last day (both at midnight, both inside the period)
+// of the period relative to CalendarDate::now(). Weeks run Sunday to
+// Saturday; quarters are January-March, April-June, July-September and
+// October-December; "to date" periods end today; "last" periods are the
+// whole period before the current one. An unknown mnemonic gives today for
+// both.
 void DateRangeForMnemonic(int mnemonic, CalendarDate& start, CalendarDate& end);
 
-// The shortest form of a calendar format: four-digit years become two-digit
-// ("%Y" -> "%y") and padded days lose their padding ("%d" -> "%e").
+// The shortest form of a calendar format, for a date column that has little
+// room: four-digit years become two-digit ("%Y" -> "%y"), padded days lose
+// their padding ("%d" -> "%e"), month and weekday names are abbreviated
+// ("%B" -> "%b", "%A" -> "%a"). Numeric months stay "%m" (there is no
+// unpadded month directive), and "%%" and literal text are kept.
 std::string DateFormatStringToShortestDateFormatString(std::string_view format);
 
 }  // namespace tarn

@@ -1,5 +1,6 @@
 // Unicode-aware, case-insensitive comparison and search of UTF-8 names
-// (ICU full case folding), with a fast path when both sides are ASCII.
+// (ICU full case folding, so "straße" equals "STRASSE"), with a fast path
+// that allocates nothing when both sides are ASCII.
 #pragma once
 
 #include <string>
@@ -7,13 +8,20 @@
 
 namespace tarn {
 
-// -1, 0 or 1, as a case-insensitive ordering of the two texts.
+// -1, 0 or 1, as a case-insensitive ordering of the two texts: the order of
+// their case-folded forms, byte by byte (which is code-point order). It is a
+// total order on folded texts, so it serves std::sort. Bytes that are not
+// valid UTF-8 fold to themselves.
 int CaseInsensitiveCompare(std::string_view a, std::string_view b);
 bool CaseInsensitiveEqual(std::string_view a, std::string_view b);
 
-enum class TextAnchor { Anywhere, AtStart, AtEnd };
+// Where a case-insensitive search must find the needle. Whole asks for the
+// whole haystack, the same as CaseInsensitiveEqual.
+enum class TextAnchor { Anywhere, AtStart, AtEnd, Whole };
+
 // Whether the needle occurs case-insensitively in the haystack at the given
-// anchor. An empty needle is found everywhere.
+// anchor. An empty needle is found everywhere (Whole: only in an empty haystack).
+// The search runs on the folded forms, so "SS" is found in "straße".
 bool CaseInsensitiveContains(std::string_view haystack, std::string_view needle,
                              TextAnchor anchor = TextAnchor::Anywhere);
 
@@ -22,5 +30,24 @@ bool CaseInsensitiveContains(std::string_view haystack, std::string_view needle,
 std::string CaseFold(std::string_view text);
 
 bool IsAscii(std::string_view text);
+
+// A needle folded once and matched against many haystacks, for filters that
+// run over every entry on each keystroke. matches() allocates nothing when the
+// haystack is ASCII and, for haystacks of usual length, nothing otherwise either.
+class CaseInsensitiveMatcher {
+ public:
+  explicit CaseInsensitiveMatcher(std::string_view needle,
+                                  TextAnchor anchor = TextAnchor::Anywhere);
+
+  bool matches(std::string_view haystack) const;
+
+  const std::string& foldedNeedle() const { return needle_; }
+  TextAnchor anchor() const { return anchor_; }
+
+ private:
+  std::string needle_;  // folded
+  TextAnchor anchor_;
+  bool needleIsAscii_;
+};
 
 }  // namespace tarn

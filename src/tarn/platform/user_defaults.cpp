@@ -7,6 +7,8 @@
 namespace tarn {
 namespace {
 
+// The C library's locale, as the host left it: localeconv() of the "C" locale
+// has no thousands separator, so "," stands in.
 std::map<std::string, std::string, std::less<>> initialDefaults() {
   std::string decimal = ".";
   std::string thousands = ",";
@@ -46,6 +48,12 @@ void SetUserDefault(std::string key, std::string value) {
   Defaults& store = defaults();
   std::lock_guard lock(store.mutex);
   store.values[std::move(key)] = std::move(value);
+}
+
+void ResetUserDefaults() {
+  Defaults& store = defaults();
+  std::lock_guard lock(store.mutex);
+  store.values = initialDefaults();
 }
 
 }  // namespace tarn

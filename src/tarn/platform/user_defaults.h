@@ -12,5 +12,8 @@ namespace tarn {
 // The value of a key; the empty string for a key that was never set.
 std::string UserDefault(std::string_view key);
 void SetUserDefault(std::string key, std::string value);
+// Forgets every change and returns to the initial values (for tests and for
+// hosts that reload the user's preferences).
+void ResetUserDefaults();
 
 }  // namespace tarn

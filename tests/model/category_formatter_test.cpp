@@ -1,0 +1,47 @@
+#include "tarn/model/category_formatter.h"
+
+#include <gtest/gtest.h>
+
+namespace tarn {
+namespace {
+
+std::shared_ptr<TARNAccountEntryCategory> Named(const char* name, int32_t number) {
+  auto category = std::make_shared<TARNAccountEntryCategory>();
+  category->setName(name);
+  category->setNumber(number);
+  return category;
+}
+
+TEST(CategoryFormatter, WritesFullNamesReadsExactOwnNames) {
+  auto autoCategory = Named("Auto", 1);
+  auto fuel = Named("Fuel", 2);
+  autoCategory->addChild(fuel);
+  auto home = Named("Home", 3);
+  auto homeFuel = Named("Fuel", 4);  // same own name under another parent
+  home->addChild(homeFuel);
+
+  PFCategoryFormatter formatter;
+  EXPECT_EQ(formatter.stringForObjectValue(fuel), "Auto:Fuel");
+  EXPECT_EQ(formatter.stringForObjectValue(autoCategory), "Auto");
+  EXPECT_EQ(formatter.stringForObjectValue(nullptr), "");
+  EXPECT_EQ(formatter.getObjectValue("Fuel"), nullptr);  // no list yet
+
+  formatter.setCategories(PFCategoryFormatter::Categories{autoCategory, fuel, home, homeFuel});
+  EXPECT_EQ(formatter.getObjectValue("Fuel"), fuel);  // the first in the list wins
+  EXPECT_EQ(formatter.getObjectValue("fuel"), nullptr);
+  EXPECT_EQ(formatter.getObjectValue("Auto:Fuel"), nullptr);  // what it writes, it can't read
+  EXPECT_EQ(formatter.getObjectValue("Home"), home);
+  EXPECT_EQ(formatter.getObjectValue(""), nullptr);
+
+  formatter.setCategories(std::nullopt);
+  EXPECT_FALSE(formatter.categories().has_value());
+  EXPECT_EQ(formatter.getObjectValue("Home"), nullptr);
+
+  const std::map<std::string, std::string> attributes{{"font", "italic"}};
+  const auto attributed = formatter.attributedStringForObjectValue(fuel, attributes);
+  EXPECT_EQ(attributed.string, "Auto:Fuel");
+  EXPECT_EQ(attributed.attributes, attributes);
+}
+
+}  // namespace
+}  // namespace tarn
