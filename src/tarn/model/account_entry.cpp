@@ -214,30 +214,29 @@ plist::Value TARNAccountEntry::asDictionary() const {
 }
 
 void TARNAccountEntry::writeEntryKeys(Dictionary& dictionary) const {
-  // Inserted in key order, each at the end: no searching while building.
-  auto end = dictionary.end();
-  dictionary.emplace_hint(end, "amount"sv, amount_);
-  dictionary.emplace_hint(end, "category"sv, std::int64_t{category_});
-  dictionary.emplace_hint(end, "checkNumber"sv, std::int64_t{checkNumber_});
-  dictionary.emplace_hint(end, "cleared"sv, cleared_ != 0);
-  dictionary.emplace_hint(end, "date"sv, std::int64_t{date_});
-  dictionary.emplace_hint(end, "description"sv, description_);
-  dictionary.emplace_hint(end, "entryFlags"sv, std::int64_t{entryFlags_});
+  // Inserted in key order, each past the last key: no searching while building.
+  dictionary.emplace_hint(dictionary.end(), "amount"sv, amount_);
+  dictionary.emplace_hint(dictionary.end(), "category"sv, std::int64_t{category_});
+  dictionary.emplace_hint(dictionary.end(), "checkNumber"sv, std::int64_t{checkNumber_});
+  dictionary.emplace_hint(dictionary.end(), "cleared"sv, cleared_ != 0);
+  dictionary.emplace_hint(dictionary.end(), "date"sv, std::int64_t{date_});
+  dictionary.emplace_hint(dictionary.end(), "description"sv, description_);
+  dictionary.emplace_hint(dictionary.end(), "entryFlags"sv, std::int64_t{entryFlags_});
   if (IsLinked()) {
-    dictionary.emplace_hint(end, "linkedAccount"sv, std::int64_t{linkedAccount_});
-    dictionary.emplace_hint(end, "linkedEntry"sv, std::int64_t{linkedEntry_});
-    dictionary.emplace_hint(end, "linkedExchangedAmount"sv, linkedExchangedAmount_);
+    dictionary.emplace_hint(dictionary.end(), "linkedAccount"sv, std::int64_t{linkedAccount_});
+    dictionary.emplace_hint(dictionary.end(), "linkedEntry"sv, std::int64_t{linkedEntry_});
+    dictionary.emplace_hint(dictionary.end(), "linkedExchangedAmount"sv, linkedExchangedAmount_);
   }
-  if (!notes_.empty()) dictionary.emplace_hint(end, "notes"sv, notes_);
-  dictionary.emplace_hint(end, "number"sv, std::int64_t{number_});
+  if (!notes_.empty()) dictionary.emplace_hint(dictionary.end(), "notes"sv, notes_);
+  dictionary.emplace_hint(dictionary.end(), "number"sv, std::int64_t{number_});
   if (!splitLineItems_.empty()) {
     plist::Array items;
     items.reserve(splitLineItems_.size());
     for (const auto& item : splitLineItems_) items.push_back(item->asDictionary());
-    dictionary.emplace_hint(end, "splitLineItems"sv, std::move(items));
+    dictionary.emplace_hint(dictionary.end(), "splitLineItems"sv, std::move(items));
   }
-  dictionary.emplace_hint(end, "toFrom"sv, toFrom_);
-  dictionary.emplace_hint(end, "type"sv, std::int64_t{type_});
+  dictionary.emplace_hint(dictionary.end(), "toFrom"sv, toFrom_);
+  dictionary.emplace_hint(dictionary.end(), "type"sv, std::int64_t{type_});
 }
 
 void TARNAccountEntry::SetDescription(std::optional<std::string> description) {

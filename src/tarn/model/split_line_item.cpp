@@ -48,12 +48,11 @@ void TARNAccountEntrySplitLineItem::loadFromDictionary(const plist::Dictionary& 
 plist::Value TARNAccountEntrySplitLineItem::asDictionary() const {
   // Built in key order so that every insertion lands at the end hint.
   plist::Dictionary dictionary;
-  auto end = dictionary.end();
-  dictionary.emplace_hint(end, "amount"sv, amount_);
-  dictionary.emplace_hint(end, "category"sv, std::int64_t{category_});
-  dictionary.emplace_hint(end, "description"sv, description_);
-  dictionary.emplace_hint(end, "exchangedAmount"sv, exchangedAmount_);
-  dictionary.emplace_hint(end, "toFrom"sv, toFrom_);
+  dictionary.emplace_hint(dictionary.end(), "amount"sv, amount_);
+  dictionary.emplace_hint(dictionary.end(), "category"sv, std::int64_t{category_});
+  dictionary.emplace_hint(dictionary.end(), "description"sv, description_);
+  dictionary.emplace_hint(dictionary.end(), "exchangedAmount"sv, exchangedAmount_);
+  dictionary.emplace_hint(dictionary.end(), "toFrom"sv, toFrom_);
   return plist::Value(std::move(dictionary));
 }
 

@@ -358,6 +358,7 @@ class BinaryReader {
     enter(ref, count);
     Value result{Dictionary{}};
     Dictionary& dictionary = result.mutableDictionary();
+    dictionary.reserve(static_cast<std::size_t>(count));
     const std::uint8_t* keyRefs = data_ + contents;
     const std::uint8_t* valueRefs = keyRefs + count * refSize_;
     for (std::uint64_t i = 0; i < count; ++i) {
