@@ -34,9 +34,16 @@ std::uint64_t readBigEndian(const std::uint8_t* p, unsigned size) {
       return p[0];
     case 2:
       return (std::uint64_t{p[0]} << 8) | p[1];
+    case 3:
+      return (std::uint64_t{p[0]} << 16) | (std::uint64_t{p[1]} << 8) | p[2];
     case 4:
       return (std::uint64_t{p[0]} << 24) | (std::uint64_t{p[1]} << 16) |
              (std::uint64_t{p[2]} << 8) | p[3];
+    case 8: {
+      std::uint64_t bits;
+      std::memcpy(&bits, p, 8);
+      return __builtin_bswap64(bits);
+    }
     default: {
       std::uint64_t result = 0;
       for (unsigned i = 0; i < size; ++i) result = (result << 8) | p[i];
@@ -368,12 +375,11 @@ class BinaryReader {
       if (keyKind != 0x5 && keyKind != 0x6 && keyKind != 0x7) {
         fail("dictionary key (object " + std::to_string(keyRef) + ") is not a string");
       }
-      // Keys usually come sorted, so the end hint makes insertion constant
-      // time (emplace_hint compares once; insert_or_assign would twice). A
-      // repeated key finds its first slot, which the assignment overwrites:
-      // the last value wins.
-      auto slot = dictionary.emplace_hint(dictionary.end(), readString(keyAt, keyRef), Value());
-      slot->second = readObject(readRef(valueRefs + i * refSize_), depth + 1);
+      // Keys usually come sorted, so each one appends in constant time. A
+      // repeated key overwrites its first slot: the last value wins.
+      std::string key = readString(keyAt, keyRef);
+      dictionary.insert_or_assign(std::move(key),
+                                  readObject(readRef(valueRefs + i * refSize_), depth + 1));
     }
     state_[ref] = kDone;
     return result;

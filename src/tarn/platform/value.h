@@ -118,9 +118,17 @@ class SortedDictionary {
   }
   template <class K, class M>
   std::pair<iterator, bool> insert_or_assign(K&& key, M&& value) {
-    auto result = try_emplace(std::forward<K>(key));
-    result.first->second = std::forward<M>(value);
-    return result;
+    const std::string_view text(key);
+    if (items_.empty() || std::string_view(items_.back().first) < text) {
+      items_.emplace_back(std::forward<K>(key), std::forward<M>(value));
+      return {std::prev(items_.end()), true};
+    }
+    auto position = lower_bound(text);
+    if (position != items_.end() && position->first == text) {
+      position->second = std::forward<M>(value);
+      return {position, false};
+    }
+    return {items_.emplace(position, std::forward<K>(key), std::forward<M>(value)), true};
   }
   template <class K>
   V& operator[](K&& key) {
