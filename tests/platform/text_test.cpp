@@ -145,8 +145,9 @@ TEST(Text, MatcherAgreesWithTheOneShotSearch) {
                                               "\xFF"
                                               "bad",
                                               "ΌΣΟΣ"};
-  const std::vector<std::string> needles = {"",  "rent", "RE", "é",   "CAFÉ", "ss",  "STRASSE",
-                                            "k", "KILO", "du", "bad", "σ",    "ΣΟΣ", "Ö"};
+  const std::vector<std::string> needles = {
+      "",   "rent", "RE", "é",   "CAFÉ", "ss", "STRASSE",      "k",   "KILO",
+      "du", "bad",  "σ",  "ΣΟΣ", "Ö",    "ß",  "\xE2\x84\xAA", "\xFF"};
   for (TextAnchor anchor :
        {TextAnchor::Anywhere, TextAnchor::AtStart, TextAnchor::AtEnd, TextAnchor::Whole}) {
     for (const auto& needle : needles) {
