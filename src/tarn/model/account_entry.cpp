@@ -1,0 +1,526 @@
+#include "tarn/model/account_entry.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "tarn/account/account.h"
+#include "tarn/model/category.h"
+#include "tarn/model/decimal_rounding.h"
+#include "tarn/model/entry_type.h"
+#include "tarn/platform/localized.h"
+#include "tarn/platform/log.h"
+#include "tarn/platform/text.h"
+#include "tarn/platform/user_defaults.h"
+
+namespace tarn {
+namespace {
+
+using namespace std::string_view_literals;
+using plist::Dictionary;
+using plist::Value;
+
+// The value under a key when it has the kind the entry dictionary requires.
+// Otherwise logs `missing` (when given) or `wrong`, and answers nullptr.
+const Value* valueOfKind(const Dictionary& dictionary, std::string_view key,
+                         bool (Value::*hasKind)() const, const char* missing, const char* wrong) {
+  auto it = dictionary.find(key);
+  if (it == dictionary.end()) {
+    if (missing) Log(missing);
+    return nullptr;
+  }
+  if (!(it->second.*hasKind)()) {
+    Log(wrong);
+    return nullptr;
+  }
+  return &it->second;
+}
+
+template <typename T>
+int compareValues(T a, T b) {
+  return a < b ? -1 : (b < a ? 1 : 0);
+}
+
+// Checks sort before non-checks; two checks by their check numbers.
+int compareChecks(const TARNAccountEntry& a, const TARNAccountEntry& b) {
+  if (a.IsCheck() && b.IsCheck()) return compareValues(a.GetCheckNumber(), b.GetCheckNumber());
+  if (a.IsCheck()) return -1;
+  if (b.IsCheck()) return 1;
+  return 0;
+}
+
+std::string accountName(const TARNAccount* account) {
+  return account ? account->GetName() : std::string();
+}
+
+// Names of types and categories as the account knows them; "" for unknown.
+std::string typeName(const TARNAccount* account, std::int32_t type) {
+  if (!account) return {};
+  auto found = account->accountEntryTypeForNumber(type);
+  return found ? found->GetName() : std::string();
+}
+
+std::string categoryFullName(const TARNAccount* account, std::int32_t category) {
+  if (!account) return {};
+  auto found = account->accountEntryCategoryForNumber(category);
+  return found ? found->fullName() : std::string();
+}
+
+// "label:  value .  ", one sentence of the speakable text.
+void appendSentence(std::string& text, std::string_view label, std::string_view value) {
+  text += Localized(label);
+  text += ":  ";
+  text += value;
+  text += " .  ";
+}
+
+// Two decimals with a "." whatever the process locale.
+std::string twoDecimals(double value) {
+  char buffer[64];
+  auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, 2);
+  return std::string(buffer, result.ptr);
+}
+
+}  // namespace
+
+TARNAccountEntry::TARNAccountEntry(NeverInitialised)
+    : number_(0), checkNumber_(0), type_(0), category_(0), linkedEntry_(0), linkedAccount_(0) {}
+
+std::shared_ptr<TARNAccountEntry> TARNAccountEntry::initWithDictionary(const Value& dictionary) {
+  auto entry = std::make_shared<TARNAccountEntry>();
+  entry->loadFromDictionary(dictionary);
+  return entry;
+}
+
+std::shared_ptr<TARNAccountEntry> TARNAccountEntry::entryWithEntry(const TARNAccountEntry* entry) {
+  return initWithEntry(entry);
+}
+
+std::shared_ptr<TARNAccountEntry> TARNAccountEntry::initWithEntry(const TARNAccountEntry* entry) {
+  if (!entry) {
+    // make_shared cannot reach the private constructor.
+    return std::shared_ptr<TARNAccountEntry>(new TARNAccountEntry(NeverInitialised{}));
+  }
+  auto copy = std::make_shared<TARNAccountEntry>();
+  copy->loadFromDictionary(entry->asDictionary());
+  copy->SetAccount(entry->GetAccount());
+  return copy;
+}
+
+void TARNAccountEntry::loadFromDictionary(const Value& value) {
+  if (!value.isDictionary()) return;
+  const Dictionary& dictionary = value.dictionaryValue();
+  const Value* found = nullptr;
+
+  if ((found = valueOfKind(
+           dictionary, "date", &Value::isNumber,
+           "No date defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
+           "date is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+    date_ = static_cast<DateNumber>(found->longValue());
+  }
+  if ((found = valueOfKind(
+           dictionary, "number", &Value::isNumber,
+           "No number defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
+           "number is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+    number_ = static_cast<std::int32_t>(found->longValue());
+  }
+  if ((found = valueOfKind(
+           dictionary, "checkNumber", &Value::isNumber,
+           "No checkNumber defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
+           "checkNumber is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+    checkNumber_ = static_cast<std::int32_t>(found->longValue());
+  }
+  if ((found = valueOfKind(
+           dictionary, "entryFlags", &Value::isNumber,
+           "No entryFlags defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
+           "entryFlags is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+    entryFlags_ = found->intValue();
+  }
+  // Link keys count only for an entry that says it is linked.
+  if (entryFlags_ & kEntryFlagLinked) {
+    if ((found = valueOfKind(
+             dictionary, "linkedEntry", &Value::isNumber, nullptr,
+             "linkedEntry is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+      linkedEntry_ = found->intValue();
+    }
+    if ((found = valueOfKind(
+             dictionary, "linkedAccount", &Value::isNumber, nullptr,
+             "linkedAccount is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+      linkedAccount_ = found->intValue();
+    }
+    if ((found = valueOfKind(dictionary, "linkedExchangedAmount", &Value::isNumber, nullptr,
+                             "linkedExchangedAmount is in the wrong format in -[TARNAccountEntry "
+                             "initWithDictionary:]"))) {
+      linkedExchangedAmount_ = found->doubleValue();
+    }
+  }
+  if ((found = valueOfKind(
+           dictionary, "description", &Value::isString,
+           "No description defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
+           "description is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+    description_ = found->stringValue();
+  }
+  if ((found = valueOfKind(
+           dictionary, "type", &Value::isNumber,
+           "No type defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
+           "type is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+    type_ = found->intValue();
+  }
+  if ((found = valueOfKind(
+           dictionary, "category", &Value::isNumber, nullptr,
+           "category is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+    category_ = found->intValue();
+  }
+  // The stored amount is taken as it stands, without SetAmount's rounding.
+  if ((found = valueOfKind(
+           dictionary, "amount", &Value::isNumber,
+           "No amount defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
+           "amount is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+    amount_ = found->doubleValue();
+  }
+  if ((found = valueOfKind(
+           dictionary, "toFrom", &Value::isString,
+           "No toFrom defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
+           "toFrom is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+    toFrom_ = found->stringValue();
+  }
+  if ((found = valueOfKind(
+           dictionary, "cleared", &Value::isNumber,
+           "No cleared defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
+           "cleared is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+    cleared_ = found->boolValue() ? 1 : 0;
+  }
+  if ((found = valueOfKind(
+           dictionary, "notes", &Value::isString, nullptr,
+           "notes are in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
+    notes_ = found->stringValue();
+  }
+  // A "splitLineItems" that is no array is passed over without a word.
+  if (auto it = dictionary.find("splitLineItems"); it != dictionary.end() && it->second.isArray()) {
+    const plist::Array& items = it->second.arrayValue();
+    splitLineItems_.reserve(splitLineItems_.size() + items.size());
+    for (const Value& itemDictionary : items) {
+      auto item = std::make_shared<TARNAccountEntrySplitLineItem>();
+      item->loadFromDictionary(itemDictionary.dictionaryValue());
+      splitLineItems_.push_back(std::move(item));
+    }
+  }
+}
+
+plist::Value TARNAccountEntry::asDictionary() const {
+  Dictionary dictionary;
+  writeEntryKeys(dictionary);
+  return Value(std::move(dictionary));
+}
+
+void TARNAccountEntry::writeEntryKeys(Dictionary& dictionary) const {
+  // Inserted in key order, each at the end: no searching while building.
+  auto end = dictionary.end();
+  dictionary.emplace_hint(end, "amount"sv, amount_);
+  dictionary.emplace_hint(end, "category"sv, std::int64_t{category_});
+  dictionary.emplace_hint(end, "checkNumber"sv, std::int64_t{checkNumber_});
+  dictionary.emplace_hint(end, "cleared"sv, cleared_ != 0);
+  dictionary.emplace_hint(end, "date"sv, std::int64_t{date_});
+  dictionary.emplace_hint(end, "description"sv, description_);
+  dictionary.emplace_hint(end, "entryFlags"sv, std::int64_t{entryFlags_});
+  if (IsLinked()) {
+    dictionary.emplace_hint(end, "linkedAccount"sv, std::int64_t{linkedAccount_});
+    dictionary.emplace_hint(end, "linkedEntry"sv, std::int64_t{linkedEntry_});
+    dictionary.emplace_hint(end, "linkedExchangedAmount"sv, linkedExchangedAmount_);
+  }
+  if (!notes_.empty()) dictionary.emplace_hint(end, "notes"sv, notes_);
+  dictionary.emplace_hint(end, "number"sv, std::int64_t{number_});
+  if (!splitLineItems_.empty()) {
+    plist::Array items;
+    items.reserve(splitLineItems_.size());
+    for (const auto& item : splitLineItems_) items.push_back(item->asDictionary());
+    dictionary.emplace_hint(end, "splitLineItems"sv, std::move(items));
+  }
+  dictionary.emplace_hint(end, "toFrom"sv, toFrom_);
+  dictionary.emplace_hint(end, "type"sv, std::int64_t{type_});
+}
+
+void TARNAccountEntry::SetDescription(std::optional<std::string> description) {
+  if (description) description_ = std::move(*description);
+}
+
+void TARNAccountEntry::SetDate(DateNumber date) {
+  if (date >= 0) date_ = date;
+}
+
+void TARNAccountEntry::SetAmount(double amount) {
+  amount_ = RoundDecimalPlain(amount, 2);
+}
+
+void TARNAccountEntry::SetIsCheck(bool isCheck) {
+  setFlag(kEntryFlagCheck, isCheck);
+}
+
+void TARNAccountEntry::SetIsDebit(bool isDebit) {
+  setFlag(kEntryFlagDebit, isDebit);
+  if (isDebit) setFlag(kEntryFlagDeposit, false);
+}
+
+void TARNAccountEntry::SetIsDeposit(bool isDeposit) {
+  setFlag(kEntryFlagDeposit, isDeposit);
+  if (isDeposit) setFlag(kEntryFlagDebit, false);
+}
+
+void TARNAccountEntry::SetIsLinked(bool isLinked) {
+  setFlag(kEntryFlagLinked, isLinked);
+  if (!isLinked) {
+    linkedEntry_ = -1;
+    linkedAccount_ = -1;
+  }
+}
+
+void TARNAccountEntry::SetToFrom(std::optional<std::string> toFrom) {
+  if (toFrom) toFrom_ = std::move(*toFrom);
+}
+
+void TARNAccountEntry::SetTaxDeductible(bool taxDeductible) {
+  setFlag(kEntryFlagTaxDeductible, taxDeductible);
+}
+
+void TARNAccountEntry::SetVoid(bool isVoid) {
+  setFlag(kEntryFlagVoid, isVoid);
+}
+
+void TARNAccountEntry::SetNotes(std::optional<std::string> notes) {
+  notes_ = notes ? std::move(*notes) : std::string();
+}
+
+void TARNAccountEntry::addSplitLineItem(std::shared_ptr<TARNAccountEntrySplitLineItem> item) {
+  if (item) splitLineItems_.push_back(std::move(item));
+}
+
+void TARNAccountEntry::addSplitLineItemWithCategory(std::int32_t category, std::string description,
+                                                    std::string toFrom, double amount) {
+  splitLineItems_.push_back(TARNAccountEntrySplitLineItem::initWithCategory(
+      category, std::move(description), std::move(toFrom), amount, amount));
+}
+
+void TARNAccountEntry::insertSplitLineItem(std::shared_ptr<TARNAccountEntrySplitLineItem> item,
+                                           int index) {
+  if (!item || index < 0 || static_cast<std::size_t>(index) > splitLineItems_.size()) return;
+  splitLineItems_.insert(splitLineItems_.begin() + index, std::move(item));
+}
+
+void TARNAccountEntry::removeSplitLineItemAtIndex(int index) {
+  if (index < 0 || static_cast<std::size_t>(index) >= splitLineItems_.size()) return;
+  splitLineItems_.erase(splitLineItems_.begin() + index);
+}
+
+void TARNAccountEntry::removeSplitLineItem(
+    const std::shared_ptr<TARNAccountEntrySplitLineItem>& item) {
+  if (!item) return;
+  // Held by value: `item` may be a reference into the list itself.
+  const TARNAccountEntrySplitLineItem* target = item.get();
+  std::erase_if(splitLineItems_, [target](const auto& held) { return held.get() == target; });
+}
+
+double TARNAccountEntry::splitTotal() const {
+  double total = 0.0;
+  for (const auto& item : splitLineItems_) total += item->amount();
+  return total;
+}
+
+void TARNAccountEntry::syncToEntry(TARNAccountEntry& other) const {
+  other.SetIsLinked(true);
+  other.SetLinkedEntry(number_);
+  // Without an account there is no account number to point at, and no name
+  // to use as the mirror's party.
+  other.SetLinkedAccount(account_ ? account_->GetNumber() : -1);
+  if (account_) other.SetToFrom(account_->GetName());
+  other.SetCategory(category_);
+  other.SetDescription(description_);
+  other.SetDate(date_);
+  if (IsDebit()) {
+    other.SetIsDeposit(true);
+  } else {
+    other.SetIsDebit(true);
+  }
+  other.SetVoid(GetVoid());
+
+  // Identity, not equality: two equal currency objects still count as two
+  // currencies, and then the amounts trade places with the exchanged ones.
+  const PFCurrency* ownCurrency = account_ ? account_->currency().get() : nullptr;
+  const PFCurrency* otherCurrency = other.account_ ? other.account_->currency().get() : nullptr;
+  const bool sameCurrency = ownCurrency == otherCurrency;
+
+  if (sameCurrency) {
+    other.SetAmount(amount_);
+  } else {
+    other.SetAmount(linkedExchangedAmount_);
+    other.SetLinkedExchangedAmount(amount_);
+  }
+  // Copied first: syncing an entry to itself must not read the list it clears.
+  const LineItems sourceItems = splitLineItems_;
+  other.removeAllSplitLineItems();
+  for (const auto& source : sourceItems) {
+    auto copy = std::make_shared<TARNAccountEntrySplitLineItem>(*source);
+    copy->setAmount(sameCurrency ? source->amount() : source->exchangedAmount());
+    copy->setExchangedAmount(sameCurrency ? source->exchangedAmount() : source->amount());
+    other.splitLineItems_.push_back(std::move(copy));
+  }
+}
+
+std::string TARNAccountEntry::asSpeakableString() const {
+  std::string text = CalendarDate::dateWithDateNumber(date_).descriptionWithCalendarFormat(
+      UserDefault("NSShortDateFormatString"));
+  text += ".  ";
+  if (IsDebit()) {
+    appendSentence(text, "Debit in the Amount of", twoDecimals(amount_));
+  } else if (IsDeposit()) {
+    appendSentence(text, "Deposit in the Amount of", twoDecimals(amount_));
+  }
+  if (type_ >= 0 && account_) {
+    if (auto type = account_->accountEntryTypeForNumber(type_)) {
+      appendSentence(text, "Type", type->GetName());
+    }
+  }
+  if (category_ >= 0 && account_) {
+    // The category's own name: the speaker reads the leaf, not the path.
+    if (auto category = account_->accountEntryCategoryForNumber(category_)) {
+      appendSentence(text, "Category", category->name());
+    }
+  }
+  if (IsCheck()) appendSentence(text, "Check Number", std::to_string(checkNumber_));
+  if (!toFrom_.empty()) {
+    if (IsDebit()) {
+      appendSentence(text, "To", toFrom_);
+    } else if (IsDeposit()) {
+      appendSentence(text, "From", toFrom_);
+    }
+  }
+  if (!description_.empty()) appendSentence(text, "Description", description_);
+  text += Localized(cleared_ ? "Resolved" : "Unresolved");
+  text += " .  ";
+  return text;
+}
+
+int TARNAccountEntry::AccountIsGreaterThan(const TARNAccountEntry& other) const {
+  if (int order = CaseInsensitiveCompare(accountName(account_), accountName(other.account_))) {
+    return order;
+  }
+  if (int order = compareValues(date_, other.date_)) return order;
+  return compareValues(number_, other.number_);
+}
+
+int TARNAccountEntry::AccountIsGreaterThan_Reversed(const TARNAccountEntry& other) const {
+  return -AccountIsGreaterThan(other);
+}
+
+int TARNAccountEntry::CheckNumberIsGreaterThan(const TARNAccountEntry& other) const {
+  if (int order = compareChecks(*this, other)) return order;
+  return compareValues(number_, other.number_);
+}
+
+int TARNAccountEntry::CheckNumberIsGreaterThan_Reversed(const TARNAccountEntry& other) const {
+  return -CheckNumberIsGreaterThan(other);
+}
+
+int TARNAccountEntry::DateIsGreaterThan(const TARNAccountEntry& other) const {
+  if (int order = compareValues(date_, other.date_)) return order;
+  return compareValues(number_, other.number_);
+}
+
+int TARNAccountEntry::DateIsGreaterThan_Reversed(const TARNAccountEntry& other) const {
+  return -DateIsGreaterThan(other);
+}
+
+int TARNAccountEntry::DatePrimaryCheckSecondaryIsGreaterThan(const TARNAccountEntry& other) const {
+  if (int order = compareValues(date_, other.date_)) return order;
+  if (int order = compareChecks(*this, other)) return order;
+  return compareValues(number_, other.number_);
+}
+
+int TARNAccountEntry::DatePrimaryCheckSecondaryIsGreaterThan_Reversed(
+    const TARNAccountEntry& other) const {
+  return -DatePrimaryCheckSecondaryIsGreaterThan(other);
+}
+
+int TARNAccountEntry::DescriptionIsGreaterThan(const TARNAccountEntry& other) const {
+  if (int order = CaseInsensitiveCompare(description_, other.description_)) return order;
+  return compareValues(number_, other.number_);
+}
+
+int TARNAccountEntry::DescriptionIsGreaterThan_Reversed(const TARNAccountEntry& other) const {
+  return -DescriptionIsGreaterThan(other);
+}
+
+int TARNAccountEntry::ToFromIsGreaterThan(const TARNAccountEntry& other) const {
+  if (int order = CaseInsensitiveCompare(toFrom_, other.toFrom_)) return order;
+  return compareValues(number_, other.number_);
+}
+
+int TARNAccountEntry::ToFromIsGreaterThan_Reversed(const TARNAccountEntry& other) const {
+  return -ToFromIsGreaterThan(other);
+}
+
+int TARNAccountEntry::TypePrimaryDateSecondaryIsGreaterThan(const TARNAccountEntry& other) const {
+  // Both numbers are resolved in this entry's account.
+  if (int order =
+          CaseInsensitiveCompare(typeName(account_, type_), typeName(account_, other.type_))) {
+    return order;
+  }
+  if (int order = compareValues(date_, other.date_)) return order;
+  return compareValues(number_, other.number_);
+}
+
+int TARNAccountEntry::TypePrimaryDateSecondaryIsGreaterThan_Reversed(
+    const TARNAccountEntry& other) const {
+  return -TARNAccountEntry::TypePrimaryDateSecondaryIsGreaterThan(other);
+}
+
+int TARNAccountEntry::CategoryPrimaryDateSecondaryIsGreaterThan(
+    const TARNAccountEntry& other) const {
+  if (int order = CaseInsensitiveCompare(categoryFullName(account_, category_),
+                                         categoryFullName(account_, other.category_))) {
+    return order;
+  }
+  if (int order = compareValues(date_, other.date_)) return order;
+  return compareValues(number_, other.number_);
+}
+
+int TARNAccountEntry::CategoryPrimaryDateSecondaryIsGreaterThan_Reversed(
+    const TARNAccountEntry& other) const {
+  return -TARNAccountEntry::CategoryPrimaryDateSecondaryIsGreaterThan(other);
+}
+
+int TARNAccountEntry::AmountIsGreaterThan(const TARNAccountEntry& other) const {
+  if (int order = compareValues(GetAmount(), other.GetAmount())) return order;
+  return compareValues(number_, other.number_);
+}
+
+int TARNAccountEntry::AmountIsGreaterThan_Reversed(const TARNAccountEntry& other) const {
+  return -AmountIsGreaterThan(other);
+}
+
+int TARNAccountEntry::BalanceIsGreaterThan(const TARNAccountEntry& other) const {
+  if (int order = compareValues(cachedRunningBalance_, other.cachedRunningBalance_)) return order;
+  return compareValues(number_, other.number_);
+}
+
+int TARNAccountEntry::BalanceIsGreaterThan_Reversed(const TARNAccountEntry& other) const {
+  return -BalanceIsGreaterThan(other);
+}
+
+int TARNAccountEntry::NumberIsGreaterThan(const TARNAccountEntry& other) const {
+  return compareValues(number_, other.number_);
+}
+
+int TARNAccountEntry::NumberIsGreaterThan_Reversed(const TARNAccountEntry& other) const {
+  return -NumberIsGreaterThan(other);
+}
+
+int TARNAccountEntry::ClearedIsGreaterThan(const TARNAccountEntry& other) const {
+  if (int order = compareValues(cleared_, other.cleared_)) return order;
+  return compareValues(number_, other.number_);
+}
+
+int TARNAccountEntry::ClearedIsGreaterThan_Reversed(const TARNAccountEntry& other) const {
+  return -ClearedIsGreaterThan(other);
+}
+
+}  // namespace tarn
