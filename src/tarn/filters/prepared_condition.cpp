@@ -163,6 +163,31 @@ PreparedCondition::PreparedCondition(const TARNFilterCondition& condition, std::
   }
 }
 
+int PreparedCondition::cost() const {
+  switch (field_) {
+    case kFieldDate:
+    case kFieldAmount:
+    case kFieldCheck:
+    case kFieldResolved:
+    case kFieldTaxDeductible:
+    case kFieldVoid:
+      return 0;
+    case kFieldDescription:
+    case kFieldToFrom:
+    case kFieldNotes:
+    case kFieldCheckNumberText:
+    case kFieldType:
+    case kFieldCategory:
+      return 1;
+    case kFieldAmountText:
+    case kFieldSplitCategory:
+    case kFieldSplitDescription:
+      return 2;
+    default:  // anything: five texts
+      return 3;
+  }
+}
+
 bool PreparedCondition::amountMatches(double amount) const {
   switch (qualifier_) {
     case kAmountIsEqualTo:
@@ -252,8 +277,10 @@ bool PreparedCondition::keeps(const TARNAccountEntry& entry) {
     case kFieldVoid:
       return byLogic(flagMatches(entry.GetVoid()));
     case kFieldCheckNumberText: {
+      // An entry without a check number (-1) reads "0".
+      const std::int32_t checkNumber = entry.GetCheckNumber() == -1 ? 0 : entry.GetCheckNumber();
       char number[16];
-      const auto written = std::to_chars(number, number + sizeof number, entry.GetCheckNumber());
+      const auto written = std::to_chars(number, number + sizeof number, checkNumber);
       return byLogic(
           text_.matches(std::string_view(number, static_cast<std::size_t>(written.ptr - number))));
     }

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "tarn/filters/date_condition_range.h"
 #include "tarn/platform/text.h"
@@ -33,26 +34,35 @@ class TextQualifierTest {
 
 // Outcomes of a name test per (account or controller, number): within one
 // run a number resolves to the same record for every entry, so each distinct
-// number is looked up and compared once.
+// number is looked up and compared once. The first owner seen (nearly always
+// the only one) gets a table indexed by number; others go to a hash map.
 class NameMatchCache {
  public:
-  enum class Outcome : std::uint8_t { Unresolved, NoMatch, Match };
+  enum class Outcome : std::uint8_t { Unknown, Unresolved, NoMatch, Match };
 
   template <class Resolve>
   Outcome lookup(const void* owner, std::int32_t number, Resolve&& resolve) {
-    if (hasLast_ && owner == lastOwner_ && number == lastNumber_) return lastOutcome_;
+    if (!hasDenseOwner_) {
+      hasDenseOwner_ = true;
+      denseOwner_ = owner;
+    }
+    // Indexed from -1, the number of no type or category.
+    if (owner == denseOwner_ && number >= -1 && number < kDenseLimit - 1) {
+      if (dense_.empty()) dense_.assign(kDenseLimit, Outcome::Unknown);
+      Outcome& slot = dense_[static_cast<std::size_t>(number + 1)];
+      if (slot == Outcome::Unknown) slot = resolve();
+      return slot;
+    }
     const Key key{owner, number};
-    const auto found = outcomes_.find(key);
-    const Outcome outcome = found != outcomes_.end() ? found->second : resolve();
-    if (found == outcomes_.end()) outcomes_.emplace(key, outcome);
-    hasLast_ = true;
-    lastOwner_ = owner;
-    lastNumber_ = number;
-    lastOutcome_ = outcome;
+    const auto found = others_.find(key);
+    if (found != others_.end()) return found->second;
+    const Outcome outcome = resolve();
+    others_.emplace(key, outcome);
     return outcome;
   }
 
  private:
+  static constexpr std::int32_t kDenseLimit = 4096;
   struct Key {
     const void* owner;
     std::int32_t number;
@@ -65,11 +75,10 @@ class NameMatchCache {
     }
   };
 
-  std::unordered_map<Key, Outcome, KeyHash> outcomes_;
-  bool hasLast_ = false;
-  const void* lastOwner_ = nullptr;
-  std::int32_t lastNumber_ = 0;
-  Outcome lastOutcome_ = Outcome::Unresolved;
+  bool hasDenseOwner_ = false;
+  const void* denseOwner_ = nullptr;
+  std::vector<Outcome> dense_;
+  std::unordered_map<Key, Outcome, KeyHash> others_;
 };
 
 class PreparedCondition {
@@ -82,6 +91,9 @@ class PreparedCondition {
   bool restricts() const { return restricts_; }
   // Whether the entry is kept, logic applied. Only for a condition that restricts.
   bool keeps(const TARNAccountEntry& entry);
+  // A rough rank of the work per entry (0 cheapest), so that a group whose
+  // conditions must all hold can try the cheap ones first.
+  int cost() const;
 
  private:
   bool byLogic(bool match) const { return keepMatches_ == match; }

@@ -1,0 +1,275 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "account_test_support.h"
+#include "tarn/account/account.h"
+#include "tarn/account/account_folder.h"
+#include "tarn/filters/filter.h"
+
+namespace tarn {
+namespace {
+
+using testing::CapturedLog;
+using testing::MakeEntry;
+using testing::PinnedClock;
+
+std::vector<int> Numbers(const TARNAccount::Entries& entries) {
+  std::vector<int> numbers;
+  for (const auto& entry : entries) numbers.push_back(entry->GetNumber());
+  return numbers;
+}
+
+TEST(AccountFolder, NameEntriesTotalAndDictionary) {
+  TARNAccountFolder folder;
+  EXPECT_EQ(folder.name(), "Untitled");
+  folder.setName("Taxes");
+  folder.setName(std::nullopt);
+  EXPECT_EQ(folder.name(), "Untitled");
+
+  folder.setEntries({MakeEntry(1, 20240101, -10.25), MakeEntry(2, 20240102, 4.0),
+                     MakeEntry(3, 20240103, -100.0)});
+  folder.entries()[2]->SetVoid(true);
+  EXPECT_DOUBLE_EQ(folder.total(), -6.25);
+  folder.setName("Taxes");
+  auto copy = TARNAccountFolder::initWithDictionary(folder.asDictionary());
+  ASSERT_NE(copy, nullptr);
+  EXPECT_EQ(copy->asDictionary(), folder.asDictionary());
+  EXPECT_EQ(Numbers(copy->entries()), (std::vector<int>{1, 2, 3}));
+  EXPECT_DOUBLE_EQ(copy->total(), -6.25);
+
+  EXPECT_EQ(TARNAccountFolder::initWithDictionary(plist::Value())->entries().size(), 0u);
+  EXPECT_EQ(TARNAccountFolder::initWithDictionary(plist::Value(3)), nullptr);
+
+  // Entry problems are told with the account loader's words.
+  CapturedLog log;
+  plist::Value bad(plist::Dictionary{{"entries", plist::Value("x")}});
+  auto folderWithBadList = TARNAccountFolder::initWithDictionary(bad);
+  EXPECT_EQ(log.lines(),
+            std::vector<std::string>{"Invalid theArray supplied to -[TARNAccount InitEntries]"});
+  EXPECT_EQ(folderWithBadList->name(), "Untitled");
+  log.clear();
+  bad.set("entries", plist::Array{plist::Value(1), MakeEntry(9, 20240101, 1.0)->asDictionary()});
+  bad.set("name", plist::Value(5));
+  auto partly = TARNAccountFolder::initWithDictionary(bad);
+  EXPECT_EQ(log.lines(),
+            std::vector<std::string>{"Invalid theValue encountered in -[TARNAccount InitEntries]"});
+  EXPECT_EQ(Numbers(partly->entries()), std::vector<int>{9});
+  EXPECT_EQ(partly->name(), "Untitled");
+  EXPECT_EQ(partly->InitEntries(plist::Value(2.0)), nullptr);
+  EXPECT_EQ(partly->entries().size(), 1u);
+}
+
+TEST(AccountFolders, ListsIgnoreDuplicatesAbsenteesAndBadIndexes) {
+  TARNAccount account;
+  account.removeAllSmartFolders();
+  auto a = std::make_shared<TARNFilter>();
+  auto b = std::make_shared<TARNFilter>();
+  account.addSmartFolder(a);
+  account.addSmartFolder(a);
+  account.addSmartFolder(nullptr);
+  account.addSmartFolder(b);
+  EXPECT_EQ(account.smartFolders(), (TARNAccount::Filters{a, b}));
+  account.removeSmartFolder(std::make_shared<TARNFilter>());
+  account.removeSmartFolderAtIndex(-1);
+  account.removeSmartFolderAtIndex(2);
+  EXPECT_EQ(account.smartFolders().size(), 2u);
+  account.removeSmartFolderAtIndex(0);
+  EXPECT_EQ(account.smartFolders(), TARNAccount::Filters{b});
+
+  auto f = std::make_shared<TARNAccountFolder>();
+  auto g = std::make_shared<TARNAccountFolder>();
+  account.addFolder(f);
+  account.addFolder(f);
+  account.addFolder(g);
+  account.removeFolderAtIndex(5);
+  account.removeFolder(std::make_shared<TARNAccountFolder>());
+  EXPECT_EQ(account.folders(), (TARNAccount::Folders{f, g}));
+  account.removeFolder(f);
+  EXPECT_EQ(account.folders(), TARNAccount::Folders{g});
+  account.removeAllFolders();
+  EXPECT_TRUE(account.folders().empty());
+
+  // SetFolders points folder entries at the account.
+  auto h = std::make_shared<TARNAccountFolder>();
+  h->setEntries({MakeEntry(1, 20240101, 1.0)});
+  account.SetFolders({h});
+  EXPECT_EQ(h->entries()[0]->GetAccount(), &account);
+
+  // Selections are not kept alive by the account.
+  {
+    auto transient = std::make_shared<TARNAccountFolder>();
+    account.setFolder(transient);
+    EXPECT_EQ(account.folder(), transient);
+  }
+  EXPECT_EQ(account.folder(), nullptr);
+}
+
+TEST(AccountFolders, AddAndRemoveEntries) {
+  TARNAccount account;
+  auto inRegister = MakeEntry(1, 20240101, -5.0);
+  account.AddEntry(inRegister);
+  account.AddEntry(nullptr);
+  EXPECT_EQ(inRegister->GetAccount(), &account);
+  auto folder = std::make_shared<TARNAccountFolder>();
+  account.addFolder(folder);
+  account.setFolder(folder);
+  auto inFolder = MakeEntry(2, 20240102, -6.0);
+  account.AddEntry(inFolder);
+  EXPECT_EQ(Numbers(account.GetEntries()), std::vector<int>{1});
+  EXPECT_EQ(Numbers(folder->entries()), std::vector<int>{2});
+  EXPECT_EQ(inFolder->GetAccount(), &account);
+
+  account.RemoveEntry(inFolder);
+  EXPECT_TRUE(folder->entries().empty());
+  account.RemoveEntry(inRegister);
+  EXPECT_TRUE(account.GetEntries().empty());
+  EXPECT_EQ(account.NextAvailableNumber(), 1);
+  EXPECT_EQ(account.NextAvailableNumber(), 2);
+}
+
+struct ConditionSummary {
+  int field, logic, qualifier;
+  plist::Value data;
+  bool operator==(const ConditionSummary&) const = default;
+};
+
+std::vector<ConditionSummary> Conditions(const TARNFilter& filter) {
+  std::vector<ConditionSummary> out;
+  for (const auto& group : filter.conditionGroups()) {
+    for (const auto& condition : group->conditions()) {
+      out.push_back(
+          {condition->category(), condition->logic(), condition->qualifier(), condition->data()});
+    }
+  }
+  return out;
+}
+
+TEST(AccountViewFilters, FiltersBuiltFromTheSettings) {
+  PinnedClock clock;
+  TARNAccount account;
+  account.AddEntry(MakeEntry(1, 20240310, -1.0));
+  account.AddEntry(MakeEntry(2, 20231105, -1.0));
+  account.AddEntry(MakeEntry(3, 20240101, -1.0));
+
+  // Defaults: search anything for "", all entries' dates, no flags.
+  auto filter = account.entryFilter();
+  EXPECT_EQ(filter->name(), "General");
+  ASSERT_EQ(filter->conditionGroups().size(), 1u);
+  EXPECT_EQ(filter->conditionGroups()[0]->logic(), 0);
+  EXPECT_EQ(filter->conditionGroups()[0]->qualifier(), 1);
+  EXPECT_EQ(Conditions(*filter), (std::vector<ConditionSummary>{
+                                     {50, 1, 6, plist::Value("")},
+                                     {1, 1, 2, plist::Value(20231104)},
+                                     {1, 1, 0, plist::Value(20240311)},
+                                 }));
+
+  account.setReconcileFilterType(kViewSearchSplitCategory);
+  account.setReconcileFilterData(plist::Value());
+  account.setReconcileDateFilterType(kViewDateFirstEntryToToday);
+  account.setReconcileResolvedFilterType(kViewUnresolvedOnly);
+  account.setReconcileTaxDeductibleFilterType(kViewTaxDeductibleOnly);
+  filter = account.reconcileFilter();
+  EXPECT_EQ(filter->name(), "Split Category");
+  EXPECT_EQ(Conditions(*filter), (std::vector<ConditionSummary>{
+                                     {20, 1, 6, plist::Value("")},
+                                     {1, 1, 2, plist::Value(20231104)},
+                                     {1, 1, 0, plist::Value(20240616)},
+                                     {6, 1, 1, plist::Value(false)},
+                                     {7, 1, 1, plist::Value(true)},
+                                 }));
+
+  // Named periods, the custom range, and types outside the tables.
+  const std::pair<int, std::pair<int, int>> periods[] = {
+      {kViewDateToday, {20240615, 20240615}},
+      {kViewDateYesterday, {20240614, 20240614}},
+      {31, {20240601, 20240630}},
+      {43, {20230101, 20231231}},
+      {51, {20240601, 20240615}},
+      {kViewDateCustom, {20240201, 20240229}},
+  };
+  account.setEntryDateFilterStartDate(20240201);
+  account.setEntryDateFilterEndDate(20240229);
+  for (const auto& [type, range] : periods) {
+    account.setEntryDateFilterType(type);
+    auto conditions = Conditions(*account.entryFilter());
+    ASSERT_EQ(conditions.size(), 3u) << type;
+    EXPECT_EQ(conditions[1].data, plist::Value(range.first - 1)) << type;
+    EXPECT_EQ(conditions[2].data, plist::Value(range.second + 1)) << type;
+  }
+  account.setEntryDateFilterType(99);
+  account.setEntryResolvedFilterType(kViewResolvedOnly);
+  account.setEntryTaxDeductibleFilterType(93);
+  account.setEntryFilterType(kViewSearchCheckNumber);
+  account.setEntryFilterData(plist::Value("101"));
+  filter = account.entryFilter();
+  EXPECT_EQ(filter->name(), "Check Number");
+  EXPECT_EQ(Conditions(*filter), (std::vector<ConditionSummary>{
+                                     {10, 1, 6, plist::Value("101")},
+                                     {6, 1, 1, plist::Value(true)},
+                                 }));
+  EXPECT_TRUE(Conditions(*account.filterForViewType(3)).empty());
+}
+
+TEST(AccountViewFilters, FilteredEntriesOfTheTwoViews) {
+  PinnedClock clock;
+  TARNAccount account;
+  for (int i = 1; i <= 6; ++i) {
+    auto entry =
+        MakeEntry(i, 20240100 + i, i % 2 ? -10.0 * i : 10.0 * i, "item " + std::to_string(i));
+    entry->SetCleared(i <= 2 ? 1 : 0);
+    account.AddEntry(entry);
+  }
+  // Default settings show every entry.
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (std::vector<int>{1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(Numbers(account.reconcileFilteredEntries()), (std::vector<int>{1, 2, 3, 4, 5, 6}));
+
+  account.setReconcileResolvedFilterType(kViewUnresolvedOnly);
+  EXPECT_EQ(Numbers(account.reconcileFilteredEntries()), (std::vector<int>{3, 4, 5, 6}));
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (std::vector<int>{1, 2, 3, 4, 5, 6}));
+
+  account.setEntryDateFilterType(kViewDateCustom);
+  account.setEntryDateFilterStartDate(20240102);
+  account.setEntryDateFilterEndDate(20240105);
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (std::vector<int>{2, 3, 4, 5}));
+
+  // A smart folder narrows the view further.
+  auto deposits = std::make_shared<TARNFilter>();
+  auto group = std::make_shared<TARNFilterConditionGroup>();
+  group->addConditionWithCategory(kFieldAmount, 1, kAmountIsGreaterThan, plist::Value(0.0));
+  deposits->addConditionGroup(group);
+  account.addSmartFolder(deposits);
+  account.setSmartFolder(deposits);
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (std::vector<int>{2, 4}));
+
+  // A selected folder hides the smart folder, and its own entries are shown.
+  auto folder = std::make_shared<TARNAccountFolder>();
+  folder->setEntries(
+      {MakeEntry(20, 20240103, -1.0), MakeEntry(21, 20240109, -2.0), MakeEntry(22, 20240104, 3.0)});
+  account.SetFolders({folder});
+  account.setFolder(folder);
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (std::vector<int>{20, 22}));
+  account.setFolder(nullptr);
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (std::vector<int>{2, 4}));
+}
+
+TEST(AccountViewFilters, AllEntriesRangeComesFromTheRegisterOnly) {
+  PinnedClock clock;
+  TARNAccount account;
+  auto folder = std::make_shared<TARNAccountFolder>();
+  folder->setEntries({MakeEntry(1, 20240101, -1.0), MakeEntry(2, PinnedClock::kToday, -2.0),
+                      MakeEntry(3, 20240701, -3.0)});
+  account.SetFolders({folder});
+  account.setFolder(folder);
+  // An empty register: the range is today alone, whatever the folder holds.
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), std::vector<int>{2});
+  account.setFolder(nullptr);
+  account.AddEntry(MakeEntry(4, 20231231, -1.0));
+  account.AddEntry(MakeEntry(5, 20240102, -1.0));
+  account.setFolder(folder);
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), std::vector<int>{1});
+}
+
+}  // namespace
+}  // namespace tarn
