@@ -4,9 +4,14 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 #include "tarn/account/account.h"
 #include "tarn/account/account_folder.h"
+#include "tarn/account/folded_text.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/platform/text.h"
 
@@ -55,6 +60,34 @@ ColumnComparators ComparatorsForColumn(std::int32_t column) {
   }
 }
 
+// The result of sorting by entry number and then, stably, by a column
+// comparator that ends with the entry number: the column's key, then the
+// entry number (both reversed when descending), then, for entries sharing a
+// number, their place in the list.
+template <typename MakeKey>
+void SortByKeys(TARNAccount::Entries& list, bool descending, MakeKey&& makeKey) {
+  using Key = decltype(makeKey(std::declval<const TARNAccountEntry&>()));
+  struct Item {
+    Key key;
+    std::int32_t number;
+    std::uint32_t position;
+  };
+  std::vector<Item> items;
+  items.reserve(list.size());
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    items.push_back({makeKey(*list[i]), list[i]->GetNumber(), static_cast<std::uint32_t>(i)});
+  }
+  std::sort(items.begin(), items.end(), [descending](const Item& a, const Item& b) {
+    if (a.key != b.key) return descending ? b.key < a.key : a.key < b.key;
+    if (a.number != b.number) return descending ? b.number < a.number : a.number < b.number;
+    return a.position < b.position;
+  });
+  TARNAccount::Entries sorted;
+  sorted.reserve(list.size());
+  for (const Item& item : items) sorted.push_back(std::move(list[item.position]));
+  list = std::move(sorted);
+}
+
 int Sign(int value) {
   return (value > 0) - (value < 0);
 }
@@ -69,6 +102,34 @@ int CompareValues(const T& a, const T& b) {
 void TARNAccount::SortBy(std::int32_t column, bool descending) {
   const std::shared_ptr<TARNAccountFolder> selected = folder();
   Entries& list = selected ? selected->entries() : entries_;
+  // The busiest columns sort on keys taken once per entry; they order
+  // exactly as the entries' comparators do.
+  switch (column) {
+    case kSortColumnCheckNumber:
+      return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
+        const bool check = entry.IsCheck();
+        return std::pair(check ? 0 : 1, check ? entry.GetCheckNumber() : 0);
+      });
+    case kSortColumnDate:
+      return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
+        const bool check = entry.IsCheck();
+        return std::tuple(entry.GetDate(), check ? 0 : 1, check ? entry.GetCheckNumber() : 0);
+      });
+    case kSortColumnDescription:
+      return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
+        std::string folded;
+        FoldInto(entry.GetDescription(), folded);
+        return folded;
+      });
+    case kSortColumnToFrom:
+      return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
+        std::string folded;
+        FoldInto(entry.GetToFrom(), folded);
+        return folded;
+      });
+    default:
+      break;
+  }
   // Every column comparator ends with the entry number, so the first sort
   // only decides the order of a code that names no column (and of entries
   // that share a number).

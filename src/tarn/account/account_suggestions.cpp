@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "tarn/account/account.h"
+#include "tarn/account/folded_text.h"
 #include "tarn/account/ledger_entries.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/model/entry_type.h"
@@ -32,19 +33,6 @@ const std::string& FieldOf(const TARNAccountEntry& entry, Field field) {
 
 bool HasDirection(const TARNAccountEntry& entry, Direction direction) {
   return direction == Direction::Debits ? entry.IsDebit() : entry.IsDeposit();
-}
-
-// The case-folded form of a text into a reused buffer; ASCII (the usual case)
-// is lowered in place without going through the Unicode folding.
-void FoldInto(std::string_view text, std::string& out) {
-  if (IsAscii(text)) {
-    out.assign(text);
-    for (char& c : out) {
-      if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-  } else {
-    out = CaseFold(text);
-  }
 }
 
 struct FoldedHash {
