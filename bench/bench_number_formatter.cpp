@@ -63,7 +63,7 @@ void BM_ReadAmounts(benchmark::State& state) {
     double total = 0;
     std::optional<double> value;
     for (const std::string& text : texts) {
-      formatter->getObjectValue(&value, text);
+      formatter->getObjectValue(value, text);
       total += value.value_or(0);
     }
     benchmark::DoNotOptimize(total);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <limits>
 #include <string>
 
@@ -35,6 +36,20 @@ TEST(AmountText, TwoDecimalsNoGroupingHalvesAwayFromZero) {
   EXPECT_EQ(Text(5e-324), "0.00");
   EXPECT_EQ(Text(1e21), "1000000000000000000000.00");
   EXPECT_EQ(Text(std::numeric_limits<double>::quiet_NaN()), "NaN");
+
+  EXPECT_EQ(Text(12345678901234.56), "12345678901234.56");
+
+  // Whole cents, from small to large, read back digit for digit.
+  uint64_t seed = 99;
+  for (int i = 0; i < 2000; ++i) {
+    seed = seed * 6364136223846793005ULL + 1442695040888963407ULL;
+    const long long cents = static_cast<long long>(seed >> (20 + i % 40)) * (i % 2 ? 1 : -1);
+    const unsigned long long magnitude = cents < 0 ? -cents : cents;
+    const std::string expected = (cents < 0 ? "-" : "") + std::to_string(magnitude / 100) + "." +
+                                 std::to_string(magnitude % 100 / 10) +
+                                 std::to_string(magnitude % 10);
+    EXPECT_EQ(Text(static_cast<double>(cents) / 100.0), expected) << cents;
+  }
 
   // The user's separator, of any length, replaces the point.
   EXPECT_EQ(Text(1000.5, ","), "1000,50");

@@ -15,7 +15,7 @@ class CurrencyTest : public ::testing::Test {
 
 std::optional<double> parse(const TARNNumberFormatter& formatter, std::string_view text) {
   std::optional<double> value;
-  EXPECT_TRUE(formatter.getObjectValue(&value, text));
+  EXPECT_TRUE(formatter.getObjectValue(value, text));
   return value;
 }
 

@@ -16,7 +16,7 @@ namespace {
 
 std::optional<double> parse(const TARNNumberFormatter& formatter, std::string_view text) {
   std::optional<double> value = -999.0;  // must be overwritten
-  EXPECT_TRUE(formatter.getObjectValue(&value, text));
+  EXPECT_TRUE(formatter.getObjectValue(value, text));
   return value;
 }
 
@@ -171,7 +171,7 @@ TEST(NumberFormatter, ParsingNeverFailsAndFallsBackToTheDefault) {
   // The error description is left alone.
   std::string error = "untouched";
   std::optional<double> value;
-  EXPECT_TRUE(formatter.getObjectValue(&value, "zzz", &error));
+  EXPECT_TRUE(formatter.getObjectValue(value, "zzz", &error));
   EXPECT_EQ(error, "untouched");
 }
 
@@ -212,7 +212,7 @@ TEST(NumberFormatter, ParsingReadsWhatFormattingWrites) {
 
 TEST(NumberFormatter, AttributedAndEditingStrings) {
   TARNNumberFormatter formatter = literalFormatter("#,##0.00");
-  plist::Dictionary attributes{{"colour", plist::Value("black")}};
+  TARNNumberFormatter::Attributes attributes{{"colour", "black"}};
   EXPECT_EQ(formatter.attributedStringForObjectValue(std::nullopt, attributes), std::nullopt);
   auto attributed = formatter.attributedStringForObjectValue(-1234.5, attributes);
   ASSERT_TRUE(attributed.has_value());
@@ -220,10 +220,16 @@ TEST(NumberFormatter, AttributedAndEditingStrings) {
   EXPECT_EQ(attributed->attributes, attributes);  // negatives get no colour of their own
 
   EXPECT_EQ(formatter.editingStringForObjectValue(1234.5), "1,234.50");
-  EXPECT_EQ(formatter.editingStringForObjectValue(AttributedString{"1,234.5", {}}), "1,234.50");
-  EXPECT_EQ(formatter.editingStringForObjectValue(AttributedString{"junk", {}}), std::nullopt);
+  EXPECT_EQ(
+      formatter.editingStringForObjectValue(TARNNumberFormatter::AttributedString{"1,234.5", {}}),
+      "1,234.50");
+  EXPECT_EQ(
+      formatter.editingStringForObjectValue(TARNNumberFormatter::AttributedString{"junk", {}}),
+      std::nullopt);
   formatter.setDefaultObjectValue(0.0);
-  EXPECT_EQ(formatter.editingStringForObjectValue(AttributedString{"junk", {}}), "0.00");
+  EXPECT_EQ(
+      formatter.editingStringForObjectValue(TARNNumberFormatter::AttributedString{"junk", {}}),
+      "0.00");
 }
 
 }  // namespace

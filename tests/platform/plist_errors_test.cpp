@@ -149,6 +149,8 @@ TEST(PlistErrors, MalformedXmlSaysWhatAndWhere) {
   EXPECT_NE(parseError(wrap("<date>2010-13-01T00:00:00Z</date>")).find("invalid date"),
             std::string::npos);
   EXPECT_NE(parseError(wrap("<date>2010-01-01</date>")).find("invalid date"), std::string::npos);
+  EXPECT_NE(parseError(wrap("<date>999999999999-01-01T00:00:00Z</date>")).find("invalid date"),
+            std::string::npos);
   EXPECT_NE(parseError(wrap("<data>aGVs*bG8=</data>")).find("invalid base64"), std::string::npos);
   EXPECT_NE(parseError(wrap("<dict><key>a</key></dict>")).find("a dictionary key without a value"),
             std::string::npos);

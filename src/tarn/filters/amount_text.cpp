@@ -17,6 +17,26 @@ void FormatAmountText(double amount, std::string_view decimalSeparator, std::str
     return;
   }
 
+  // Nearly every amount is a whole number of cents. When the double is the
+  // one nearest to n/100 (and far below the magnitudes where two such
+  // decimals share a double), n/100 is its shortest decimal and the cents
+  // need no rounding.
+  if (std::fabs(amount) < 1e13) {
+    const long long cents = std::llround(amount * 100.0);
+    if (static_cast<double>(cents) / 100.0 == amount) {
+      const unsigned long long magnitude =
+          cents < 0 ? 0ULL - static_cast<unsigned long long>(cents) : cents;
+      char units[24];
+      const auto end = std::to_chars(units, units + sizeof units, magnitude / 100).ptr;
+      if (cents < 0) out.push_back('-');
+      out.append(units, end);
+      out.append(decimalSeparator);
+      out.push_back(static_cast<char>('0' + magnitude % 100 / 10));
+      out.push_back(static_cast<char>('0' + magnitude % 10));
+      return;
+    }
+  }
+
   // The shortest fixed-notation text of a double is at most about 330
   // characters (the smallest subnormals).
   char text[512];

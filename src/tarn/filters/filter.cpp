@@ -102,7 +102,7 @@ TARNEntryList TARNFilter::filterEntries(const TARNEntryList& entries) const {
     }
   }
 
-  TARNEntryList result = *andList;
+  TARNEntryList result = andList == &narrowed ? std::move(narrowed) : entries;
   removeObjectsInArray_Optimized(result, orSet);
   result.insert(result.end(), std::make_move_iterator(orSet.begin()),
                 std::make_move_iterator(orSet.end()));

@@ -22,6 +22,10 @@ class TARNFilter {
 
   // Empty name, no groups (so every entry passes).
   TARNFilter() = default;
+  // A member-wise copy would share the groups; copies go through
+  // filterWithFilter.
+  TARNFilter(const TARNFilter&) = delete;
+  TARNFilter& operator=(const TARNFilter&) = delete;
 
   // A deep copy through the filter's dictionary: new groups and conditions,
   // nothing shared with the source. nullptr for nullptr.

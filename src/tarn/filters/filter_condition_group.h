@@ -19,6 +19,10 @@ class TARNFilterConditionGroup {
 
   // Joins by "and", all conditions must hold, no conditions.
   TARNFilterConditionGroup() = default;
+  // A member-wise copy would share the conditions; the filter's deep copy
+  // goes through the dictionaries.
+  TARNFilterConditionGroup(const TARNFilterConditionGroup&) = delete;
+  TARNFilterConditionGroup& operator=(const TARNFilterConditionGroup&) = delete;
 
   // Reads "logic", "qualifier" (numbers; another kind keeps the default) and
   // "conditions" (each element loaded as a condition; elements that are not

@@ -18,21 +18,6 @@ namespace {
 
 using Outcome = NameMatchCache::Outcome;
 
-std::optional<TextAnchor> anchorForQualifier(std::int32_t qualifier) {
-  switch (qualifier) {
-    case kTextIsExactly:
-      return TextAnchor::Whole;
-    case kTextContains:
-      return TextAnchor::Anywhere;
-    case kTextStartsWith:
-      return TextAnchor::AtStart;
-    case kTextEndsWith:
-      return TextAnchor::AtEnd;
-    default:
-      return std::nullopt;
-  }
-}
-
 // The integer at the start of a text, as the platform's strings read one:
 // leading white space skipped, an optional sign, then digits; 0 when there
 // are none, and the 32-bit limit on overflow.
@@ -102,10 +87,6 @@ bool isFlagField(std::int32_t field) {
 
 }  // namespace
 
-TextQualifierTest::TextQualifierTest(std::string_view needle, std::int32_t qualifier) {
-  if (const auto anchor = anchorForQualifier(qualifier)) matcher_.emplace(needle, *anchor);
-}
-
 PreparedCondition::PreparedCondition(const TARNFilterCondition& condition, std::int32_t field)
     : field_(field), qualifier_(condition.qualifier()), keepMatches_(condition.logic() != 0) {
   const plist::Value& data = condition.data();
@@ -114,7 +95,7 @@ PreparedCondition::PreparedCondition(const TARNFilterCondition& condition, std::
     if (!data.isString() || data.stringValue().empty()) return;
     restricts_ = true;
     if (field != kFieldAmountText) {
-      text_ = TextQualifierTest(data.stringValue(), qualifier_);
+      text_ = TextConditionMatcher(data.stringValue(), qualifier_);
       textMatchesEmpty_ = text_.matches("");
       return;
     }
@@ -124,7 +105,7 @@ PreparedCondition::PreparedCondition(const TARNFilterCondition& condition, std::
     removeOccurrences(needle, UserDefault("NSThousandsSeparator"));
     // A search text left empty is found in no amount's text (and equals none):
     // leave the test without a matcher.
-    if (!needle.empty()) text_ = TextQualifierTest(needle, qualifier_);
+    if (!needle.empty()) text_ = TextConditionMatcher(needle, qualifier_);
     decimalSeparator_ = UserDefault("NSDecimalSeparator");
     return;
   }
@@ -294,9 +275,11 @@ bool PreparedCondition::keeps(const TARNAccountEntry& entry) {
     case kFieldNotes:
       return byLogic(text_.matches(entry.GetNotes()));
     case kFieldAnything:
-      // Unknown type and category read as empty names here.
-      return byLogic(text_.matches(entry.GetDescription()) || matchesOrEmpty(typeOutcome(entry)) ||
-                     matchesOrEmpty(categoryOutcome(entry)) || text_.matches(entry.GetToFrom()) ||
+      // Any of the five texts; unknown type and category read as empty names.
+      // Their outcomes come from the run's table, so they are tried before
+      // the entry's own texts (the order cannot change the answer).
+      return byLogic(matchesOrEmpty(typeOutcome(entry)) || matchesOrEmpty(categoryOutcome(entry)) ||
+                     text_.matches(entry.GetDescription()) || text_.matches(entry.GetToFrom()) ||
                      text_.matches(entry.GetNotes()));
     default:
       return true;

@@ -14,23 +14,12 @@
 #include <vector>
 
 #include "tarn/filters/date_condition_range.h"
-#include "tarn/platform/text.h"
+#include "tarn/filters/text_condition_matcher.h"
 
 namespace tarn {
 
 class TARNAccountEntry;
 class TARNFilterCondition;
-
-// A text comparison by a text qualifier; unknown qualifiers never match.
-class TextQualifierTest {
- public:
-  TextQualifierTest() = default;
-  TextQualifierTest(std::string_view needle, std::int32_t qualifier);
-  bool matches(std::string_view haystack) const { return matcher_ && matcher_->matches(haystack); }
-
- private:
-  std::optional<CaseInsensitiveMatcher> matcher_;
-};
 
 // Outcomes of a name test per (account or controller, number): within one
 // run a number resolves to the same record for every entry, so each distinct
@@ -111,7 +100,7 @@ class PreparedCondition {
   bool keepMatches_;
   bool restricts_ = false;
 
-  TextQualifierTest text_;
+  TextConditionMatcher text_;
   bool textMatchesEmpty_ = false;  // the test of an unknown type or category name
   std::string decimalSeparator_;
   std::string scratch_;  // the amount's text, reused for every entry

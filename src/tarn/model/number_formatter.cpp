@@ -424,17 +424,18 @@ std::optional<double> TARNNumberFormatter::parseNumber(std::string_view text) co
   return value;
 }
 
-bool TARNNumberFormatter::getObjectValue(std::optional<double>* object, std::string_view string,
+bool TARNNumberFormatter::getObjectValue(std::optional<double>& object, std::string_view string,
                                          std::string* /*errorDescription*/) const {
   std::optional<double> value;
   if (!string.empty()) value = parseNumber(removeIgnoredText(string));
   if (!value) value = defaultObjectValue();
-  if (object) *object = value;
+  object = value;
   return true;
 }
 
-std::optional<AttributedString> TARNNumberFormatter::attributedStringForObjectValue(
-    std::optional<double> object, const plist::Dictionary& defaultAttributes) const {
+std::optional<TARNNumberFormatter::AttributedString>
+TARNNumberFormatter::attributedStringForObjectValue(std::optional<double> object,
+                                                    const Attributes& defaultAttributes) const {
   if (!object) return std::nullopt;
   return AttributedString{stringForObjectValue(*object), defaultAttributes};
 }
@@ -446,7 +447,7 @@ std::string TARNNumberFormatter::editingStringForObjectValue(double object) cons
 std::optional<std::string> TARNNumberFormatter::editingStringForObjectValue(
     const AttributedString& object) const {
   std::optional<double> value;
-  getObjectValue(&value, object.string);
+  getObjectValue(value, object.string);
   if (!value) return std::nullopt;
   return stringForObjectValue(*value);
 }

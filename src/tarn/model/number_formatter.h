@@ -4,25 +4,24 @@
 // its settings and its parsed pattern and refers to nothing else.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "tarn/platform/value.h"
-
 namespace tarn {
-
-// Text with display attributes (font, colour, ... as the host names them):
-// the core's stand-in for an attributed string. The formatter fills in the
-// attributes it is given and never adds any of its own.
-struct AttributedString {
-  std::string string;
-  plist::Dictionary attributes;
-  friend bool operator==(const AttributedString&, const AttributedString&) = default;
-};
 
 class TARNNumberFormatter {
  public:
+  // Text with display attributes (attribute name to value, as the host names
+  // them): the core's plain stand-in for an attributed string.
+  using Attributes = std::map<std::string, std::string>;
+  struct AttributedString {
+    std::string string;
+    Attributes attributes;
+    friend bool operator==(const AttributedString&, const AttributedString&) = default;
+  };
+
   // Pattern "#,##0.##", separators "." and ",", format localisation on, no
   // minimum, maximum, rounding scale, currency symbol or default value.
   TARNNumberFormatter();
@@ -79,12 +78,12 @@ class TARNNumberFormatter {
   void appendStringForObjectValue(std::string& out, double value) const;
   // Never fails: stores the parsed value, or the default value when the text
   // does not give one, and returns true. The error description is untouched.
-  bool getObjectValue(std::optional<double>* object, std::string_view string,
+  bool getObjectValue(std::optional<double>& object, std::string_view string,
                       std::string* errorDescription = nullptr) const;
   // nullopt for a nil object; otherwise the text with exactly the given
   // attributes (negatives are not coloured).
   std::optional<AttributedString> attributedStringForObjectValue(
-      std::optional<double> object, const plist::Dictionary& defaultAttributes) const;
+      std::optional<double> object, const Attributes& defaultAttributes) const;
   std::string editingStringForObjectValue(double object) const;
   // An attributed string is first read back into a number; nullopt when that
   // gives none (no default either).

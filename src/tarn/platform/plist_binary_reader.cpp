@@ -24,6 +24,9 @@ constexpr std::uint64_t kRepeatAllowance = 1 << 20;
 // copies may total this many times the file's size (plus a fixed allowance).
 constexpr std::uint64_t kPayloadExpansion = 64;
 constexpr std::uint64_t kPayloadAllowance = std::uint64_t{64} << 20;
+// Strings up to this length are decoded once per object and then copied;
+// longer ones are rarely shared and not worth keeping twice.
+constexpr std::size_t kCachedStringLength = 64;
 
 std::uint64_t readBigEndian(const std::uint8_t* p, unsigned size) {
   switch (size) {
@@ -112,8 +115,10 @@ class BinaryReader {
            std::string(reinterpret_cast<const char*>(data_ + 6), 2) + "\"");
     }
     if (size_ < kHeaderSize + kTrailerSize + 1) fail("truncated trailer");
+    if (size_ > 0xFFFFFFFFull) fail("larger than 4 GiB");
     readTrailer();
     state_.assign(objectCount_, kUnseen);
+    stringSlot_.assign(objectCount_, 0);
     repeatBudget_ = size_ + kRepeatAllowance;
     payloadBudget_ = kPayloadExpansion * size_ + kPayloadAllowance;
     return readObject(topObject_, 1);
@@ -148,17 +153,21 @@ class BinaryReader {
     if (topObject >= objectCount) fail("top object out of range");
     objectCount_ = objectCount;
     topObject_ = topObject;
-    table_ = data_ + tableOffset;
+    // Offsets are decoded and checked once, up front: objects are then
+    // found by an array look-up.
+    const std::uint8_t* table = data_ + tableOffset;
+    offsets_.resize(objectCount_);
+    for (std::uint64_t i = 0; i < objectCount_; ++i) {
+      const std::uint64_t offset = readBigEndian(table + i * offsetSize_, offsetSize_);
+      if (offset < kHeaderSize || offset >= objectsEnd_) {
+        fail("object offset out of range (object " + std::to_string(i) + ")");
+      }
+      offsets_[i] = static_cast<std::uint32_t>(offset);
+    }
   }
 
-  // Position of an object, checked to lie between the header and the trailer.
-  std::size_t offsetOf(std::uint64_t ref) const {
-    const std::uint64_t offset = readBigEndian(table_ + ref * offsetSize_, offsetSize_);
-    if (offset < kHeaderSize || offset >= objectsEnd_) {
-      fail("object offset out of range (object " + std::to_string(ref) + ")");
-    }
-    return static_cast<std::size_t>(offset);
-  }
+  // Position of an object, between the header and the trailer.
+  std::size_t offsetOf(std::uint64_t ref) const { return offsets_[ref]; }
 
   // The element count of an object whose marker is at `at`, and where its
   // contents begin. Counts of 15 and more follow the marker as an integer.
@@ -282,6 +291,20 @@ class BinaryReader {
   }
 
   std::string readString(std::size_t at, std::uint64_t ref) {
+    if (const std::uint32_t slot = stringSlot_[ref]; slot != 0) {
+      const std::string& known = strings_[slot - 1];
+      charge(known.size());
+      return known;
+    }
+    std::string text = decodeString(at, ref);
+    if (text.size() <= kCachedStringLength && strings_.size() < 0xFFFFFFFEu) {
+      strings_.push_back(text);
+      stringSlot_[ref] = static_cast<std::uint32_t>(strings_.size());
+    }
+    return text;
+  }
+
+  std::string decodeString(std::size_t at, std::uint64_t ref) {
     std::size_t contents;
     const std::uint64_t count = readCount(at, contents);
     switch (data_[at] >> 4) {
@@ -361,8 +384,12 @@ class BinaryReader {
   std::uint64_t objectCount_ = 0;
   std::uint64_t topObject_ = 0;
   std::size_t objectsEnd_ = 0;
-  const std::uint8_t* table_ = nullptr;
+  std::vector<std::uint32_t> offsets_;
   std::vector<std::uint8_t> state_;
+  // Strings decoded so far, by object: slot i + 1 in strings_, 0 for none.
+  // Keys and repeated texts are shared objects, decoded once and copied.
+  std::vector<std::uint32_t> stringSlot_;
+  std::vector<std::string> strings_;
   std::uint64_t repeatBudget_ = 0;
   std::uint64_t payloadBudget_ = 0;
 };

@@ -28,9 +28,11 @@ enum class ObjectKind : std::uint8_t {
 };
 
 struct Object {
-  // Value* for numbers, dates and containers; std::string* for strings;
-  // Data* for data.
+  // Value* for containers; std::string* for strings; Data* for data.
   const void* item;
+  // Booleans, numbers and dates: their bits, kept here so that writing them
+  // does not go back to the value tree.
+  std::uint64_t bits = 0;
   std::uint32_t firstRef = 0;  // containers: their element references in refs_
   std::uint32_t refCount = 0;
   std::uint16_t depth = 0;
@@ -57,21 +59,79 @@ std::uint64_t hashBytes(std::string_view bytes, ObjectKind kind) {
     h ^= h >> 28;
   }
   std::uint64_t tail = 0;
-  std::memcpy(&tail, p, n);
+  if (n != 0) std::memcpy(&tail, p, n);  // p is null for empty data
   return mix(h ^ tail);
 }
 
-// Smallest of 1, 2, 4 or 8 bytes that holds `value`.
-unsigned bytesFor(std::uint64_t value) {
+// Smallest of 1, 2, 4 or 8 bytes that holds `value`: the sizes an integer
+// marker can state.
+unsigned powerOfTwoBytesFor(std::uint64_t value) {
   if (value <= 0xFF) return 1;
   if (value <= 0xFFFF) return 2;
   if (value <= 0xFFFFFFFFull) return 4;
   return 8;
 }
 
+// Smallest number of bytes, 1 to 8, that holds `value`: for the trailer's
+// reference and offset sizes, which may be any of them.
+unsigned bytesFor(std::uint64_t value) {
+  unsigned size = 1;
+  while (size < 8 && (value >> (8 * size)) != 0) ++size;
+  return size;
+}
+
+// An open-addressing hash table from a scalar's identity to its object
+// number. Numbers and dates are identified by their kind and 64 bits, kept in
+// the slot so that a probe touches no other memory; strings and data by a
+// 64-bit hash, confirmed by comparing the bytes of the object found.
+class ScalarIndex {
+ public:
+  struct Slot {
+    std::uint64_t bits = 0;       // the number's bits, or the bytes' hash
+    std::uint32_t idPlusOne = 0;  // 0: empty
+    std::uint32_t kind = 0;
+  };
+
+  // The slot for (kind, bits): either the one holding it or the empty one
+  // where it belongs. `same` confirms a candidate for byte strings.
+  template <typename Same>
+  Slot& find(std::uint64_t bits, ObjectKind kind, Same&& same) {
+    if ((used_ + 1) * 2 > slots_.size()) grow();
+    const std::size_t mask = slots_.size() - 1;
+    for (std::size_t i = mix(bits ^ static_cast<std::uint64_t>(kind)) & mask;; i = (i + 1) & mask) {
+      Slot& slot = slots_[i];
+      if (slot.idPlusOne == 0) return slot;
+      if (slot.bits == bits && slot.kind == static_cast<std::uint32_t>(kind) &&
+          same(slot.idPlusOne - 1)) {
+        return slot;
+      }
+    }
+  }
+  void fill(Slot& slot, std::uint64_t bits, ObjectKind kind, std::uint64_t id) {
+    slot = Slot{bits, static_cast<std::uint32_t>(id + 1), static_cast<std::uint32_t>(kind)};
+    ++used_;
+  }
+
+ private:
+  void grow() {
+    std::vector<Slot> old = std::move(slots_);
+    slots_.assign(old.empty() ? 1024 : old.size() * 2, Slot{});
+    const std::size_t mask = slots_.size() - 1;
+    for (const Slot& slot : old) {
+      if (slot.idPlusOne == 0) continue;
+      std::size_t i = mix(slot.bits ^ slot.kind) & mask;
+      while (slots_[i].idPlusOne != 0) i = (i + 1) & mask;
+      slots_[i] = slot;
+    }
+  }
+
+  std::vector<Slot> slots_;
+  std::size_t used_ = 0;
+};
+
 class ObjectTable {
  public:
-  // Numbers every object reachable from the top value.
+  // Numbers every object reachable from the top value, breadth first.
   void build(const Value& top) {
     idOf(top, 1);
     for (std::size_t i = 0; i < objects_.size(); ++i) {
@@ -82,18 +142,12 @@ class ObjectTable {
       const auto firstRef = static_cast<std::uint32_t>(refs_.size());
       if (kind == ObjectKind::Array) {
         for (const Value& element : value->arrayValue()) {
-          if (!element.isNil())
+          if (!element.isNil()) {
             refs_.push_back(static_cast<std::uint32_t>(idOf(element, childDepth)));
+          }
         }
       } else {
-        const Dictionary& dictionary = value->dictionaryValue();
-        for (const auto& [key, element] : dictionary) {
-          if (!element.isNil()) refs_.push_back(static_cast<std::uint32_t>(idOfString(&key)));
-        }
-        for (const auto& [key, element] : dictionary) {
-          if (!element.isNil())
-            refs_.push_back(static_cast<std::uint32_t>(idOf(element, childDepth)));
-        }
+        addDictionary(value->dictionaryValue(), childDepth);
       }
       if (refs_.size() > 0xFFFFFFFFull) throw FileError("<memory>", "too many objects");
       objects_[i].firstRef = firstRef;
@@ -105,46 +159,72 @@ class ObjectTable {
   const std::vector<std::uint32_t>& refs() const { return refs_; }
 
  private:
-  struct Slot {
-    std::uint32_t hash = 0;
-    std::uint32_t idPlusOne = 0;  // 0: empty
-  };
+  // Key references first, then value references. Dictionaries in a list
+  // mostly repeat the previous one's keys, so a key equal to the one in the
+  // same place there reuses its object without hashing.
+  void addDictionary(const Dictionary& dictionary, int childDepth) {
+    values_.clear();
+    std::size_t position = 0;
+    for (const auto& [key, element] : dictionary) {
+      if (element.isNil()) continue;
+      std::uint32_t id;
+      if (position < previousKeys_.size() && *previousKeys_[position].first == key) {
+        id = previousKeys_[position].second;
+      } else {
+        id = static_cast<std::uint32_t>(idOfString(&key));
+        if (position < previousKeys_.size()) {
+          previousKeys_[position] = {&key, id};
+        } else {
+          previousKeys_.emplace_back(&key, id);
+        }
+      }
+      refs_.push_back(id);
+      values_.push_back(&element);
+      ++position;
+    }
+    for (const Value* element : values_) {
+      refs_.push_back(static_cast<std::uint32_t>(idOf(*element, childDepth)));
+    }
+  }
 
-  std::uint64_t add(const void* item, ObjectKind kind, int depth) {
+  std::uint64_t add(const void* item, ObjectKind kind, int depth, std::uint64_t bits = 0) {
     if (depth > kMaxNestingDepth) {
       throw FileError("<memory>",
                       "nesting deeper than " + std::to_string(kMaxNestingDepth) + " levels");
     }
     if (objects_.size() >= 0xFFFFFFFFull) throw FileError("<memory>", "too many objects");
-    objects_.push_back(Object{item, 0, 0, static_cast<std::uint16_t>(depth), kind});
+    objects_.push_back(Object{item, bits, 0, 0, static_cast<std::uint16_t>(depth), kind});
     return objects_.size() - 1;
+  }
+
+  template <typename T>
+  static std::uint64_t bitsOf(T number) {
+    std::uint64_t bits;
+    std::memcpy(&bits, &number, 8);
+    return bits;
   }
 
   std::uint64_t idOf(const Value& value, int depth) {
     switch (value.kind()) {
       case Value::Kind::Boolean: {
         std::uint64_t& shared = value.boolValue() ? trueId_ : falseId_;
-        if (shared == kNoObject) shared = add(&value, ObjectKind::Boolean, depth);
+        if (shared == kNoObject)
+          shared = add(&value, ObjectKind::Boolean, depth, value.boolValue());
         return shared;
       }
-      case Value::Kind::Integer: {
-        const std::int64_t number = value.longValue();
-        return idOfScalar(&value, ObjectKind::Integer, asBytes(number), depth);
-      }
-      case Value::Kind::Real: {
-        const double number = value.doubleValue();
-        return idOfScalar(&value, ObjectKind::Real, asBytes(number), depth);
-      }
-      case Value::Kind::Date: {
-        const double seconds = value.dateValue().secondsSince2001;
-        return idOfScalar(&value, ObjectKind::Date, asBytes(seconds), depth);
-      }
+      case Value::Kind::Integer:
+        return idOfNumber(&value, ObjectKind::Integer, bitsOf(value.longValue()), depth);
+      case Value::Kind::Real:
+        return idOfNumber(&value, ObjectKind::Real, bitsOf(value.doubleValue()), depth);
+      case Value::Kind::Date:
+        return idOfNumber(&value, ObjectKind::Date, bitsOf(value.dateValue().secondsSince2001),
+                          depth);
       case Value::Kind::String:
         return idOfString(&value.stringValue());
       case Value::Kind::Data: {
         const Data& data = value.dataValue();
-        std::string_view bytes(reinterpret_cast<const char*>(data.data()), data.size());
-        return idOfScalar(&data, ObjectKind::Data, bytes, depth);
+        return idOfBytes(&data, ObjectKind::Data,
+                         std::string_view(reinterpret_cast<const char*>(data.data()), data.size()));
       }
       case Value::Kind::Array:
         return add(&value, ObjectKind::Array, depth);
@@ -153,84 +233,41 @@ class ObjectTable {
     }
   }
 
+  // Scalars are shared whatever their depth (they hold nothing), so an
+  // object keeps the depth of its first use.
+  std::uint64_t idOfNumber(const Value* value, ObjectKind kind, std::uint64_t bits, int depth) {
+    auto& slot = index_.find(bits, kind, [](std::uint64_t) { return true; });
+    if (slot.idPlusOne != 0) return slot.idPlusOne - 1;
+    const std::uint64_t id = add(value, kind, depth, bits);
+    index_.fill(slot, bits, kind, id);
+    return id;
+  }
+
   std::uint64_t idOfString(const std::string* text) {
-    return idOfScalar(text, ObjectKind::String, *text, 0);
+    return idOfBytes(text, ObjectKind::String, *text);
   }
 
-  template <typename T>
-  std::string_view asBytes(const T& number) {
-    std::memcpy(scratch_, &number, sizeof number);
-    return std::string_view(scratch_, sizeof number);
-  }
-
-  // The stored bytes by which two scalar objects compare equal.
-  std::string_view bytesOf(const Object& object, char* buffer) const {
-    switch (object.kind) {
-      case ObjectKind::String:
-        return *static_cast<const std::string*>(object.item);
-      case ObjectKind::Data: {
-        const auto* data = static_cast<const Data*>(object.item);
-        return std::string_view(reinterpret_cast<const char*>(data->data()), data->size());
-      }
-      default: {
-        const auto* value = static_cast<const Value*>(object.item);
-        if (object.kind == ObjectKind::Integer) {
-          const std::int64_t number = value->longValue();
-          std::memcpy(buffer, &number, 8);
-        } else {
-          const double number = object.kind == ObjectKind::Real
-                                    ? value->doubleValue()
-                                    : value->dateValue().secondsSince2001;
-          std::memcpy(buffer, &number, 8);
-        }
-        return std::string_view(buffer, 8);
-      }
-    }
-  }
-
-  // Scalars are shared regardless of depth (they have no children), so the
-  // depth of their first use is kept.
-  std::uint64_t idOfScalar(const void* item, ObjectKind kind, std::string_view bytes, int depth) {
-    if (slots_.empty() || (used_ + 1) * 2 > slots_.size()) grow();
+  std::uint64_t idOfBytes(const void* item, ObjectKind kind, std::string_view bytes) {
     const std::uint64_t hash = hashBytes(bytes, kind);
-    const auto shortHash = static_cast<std::uint32_t>(hash >> 32);
-    const std::size_t mask = slots_.size() - 1;
-    char buffer[8];
-    for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
-      Slot& slot = slots_[i];
-      if (slot.idPlusOne == 0) {
-        const std::uint64_t id = add(item, kind, depth);
-        slot = Slot{shortHash, static_cast<std::uint32_t>(id + 1)};
-        ++used_;
-        return id;
-      }
-      if (slot.hash != shortHash) continue;
-      const Object& other = objects_[slot.idPlusOne - 1];
-      if (other.kind == kind && bytesOf(other, buffer) == bytes) return slot.idPlusOne - 1;
-    }
-  }
-
-  void grow() {
-    std::vector<Slot> old = std::move(slots_);
-    slots_.assign(old.empty() ? 1024 : old.size() * 2, Slot{});
-    const std::size_t mask = slots_.size() - 1;
-    char buffer[8];
-    for (const Slot& slot : old) {
-      if (slot.idPlusOne == 0) continue;
-      const Object& object = objects_[slot.idPlusOne - 1];
-      std::size_t i = hashBytes(bytesOf(object, buffer), object.kind) & mask;
-      while (slots_[i].idPlusOne != 0) i = (i + 1) & mask;
-      slots_[i] = slot;
-    }
+    auto& slot = index_.find(hash, kind, [&](std::uint64_t id) {
+      const Object& other = objects_[id];
+      if (kind == ObjectKind::String) return *static_cast<const std::string*>(other.item) == bytes;
+      const auto* data = static_cast<const Data*>(other.item);
+      return std::string_view(reinterpret_cast<const char*>(data->data()), data->size()) == bytes;
+    });
+    if (slot.idPlusOne != 0) return slot.idPlusOne - 1;
+    const std::uint64_t id = add(item, kind, 0);
+    index_.fill(slot, hash, kind, id);
+    return id;
   }
 
   std::vector<Object> objects_;
   std::vector<std::uint32_t> refs_;
-  std::vector<Slot> slots_;
-  std::size_t used_ = 0;
+  ScalarIndex index_;
+  std::vector<std::pair<const std::string*, std::uint32_t>> previousKeys_;
+  std::vector<const Value*> values_;
   std::uint64_t trueId_ = kNoObject;
   std::uint64_t falseId_ = kNoObject;
-  char scratch_[8] = {};
 };
 
 // A growable byte buffer written through raw pointers; one capacity check
@@ -349,16 +386,14 @@ class BinaryWriter {
       *out_.extend(1) = static_cast<std::uint8_t>(high | count);
       return;
     }
-    const unsigned size = bytesFor(count);
+    const unsigned size = powerOfTwoBytesFor(count);
     std::uint8_t* p = out_.extend(2 + size);
     p[0] = static_cast<std::uint8_t>(high | 0x0F);
     p[1] = static_cast<std::uint8_t>(0x10 | (size == 1 ? 0 : size == 2 ? 1 : size == 4 ? 2 : 3));
     putBigEndian(p + 2, count, size);
   }
 
-  void writeBits(std::uint8_t marker, double number) {
-    std::uint64_t bits;
-    std::memcpy(&bits, &number, 8);
+  void writeBits(std::uint8_t marker, std::uint64_t bits) {
     std::uint8_t* p = out_.extend(9);
     p[0] = marker;
     putBigEndian(p + 1, bits, 8);
@@ -367,7 +402,7 @@ class BinaryWriter {
   // Non-negative integers take the fewest of 1, 2, 4 or 8 bytes; negative
   // ones always 8 (only 8-byte integers are signed).
   void writeInteger(std::int64_t number) {
-    const unsigned size = number < 0 ? 8 : bytesFor(static_cast<std::uint64_t>(number));
+    const unsigned size = number < 0 ? 8 : powerOfTwoBytesFor(static_cast<std::uint64_t>(number));
     std::uint8_t* p = out_.extend(1 + size);
     p[0] = static_cast<std::uint8_t>(0x10 | (size == 1 ? 0 : size == 2 ? 1 : size == 4 ? 2 : 3));
     putBigEndian(p + 1, static_cast<std::uint64_t>(number), size);
@@ -408,28 +443,27 @@ class BinaryWriter {
       case 2:
         for (; ref != end; ++ref, p += 2) putBigEndian(p, *ref, 2);
         break;
-      case 4:
-        for (; ref != end; ++ref, p += 4) putBigEndian(p, *ref, 4);
+      case 3:
+        for (; ref != end; ++ref, p += 3) putBigEndian(p, *ref, 3);
         break;
       default:
-        for (; ref != end; ++ref, p += 8) putBigEndian(p, *ref, 8);
+        for (; ref != end; ++ref, p += refSize_) putBigEndian(p, *ref, refSize_);
     }
   }
 
   void writeObject(const Object& object) {
-    const auto* value = static_cast<const Value*>(object.item);
     switch (object.kind) {
       case ObjectKind::Boolean:
-        *out_.extend(1) = value->boolValue() ? 0x09 : 0x08;
+        *out_.extend(1) = object.bits ? 0x09 : 0x08;
         return;
       case ObjectKind::Integer:
-        writeInteger(value->longValue());
+        writeInteger(static_cast<std::int64_t>(object.bits));
         return;
       case ObjectKind::Real:
-        writeBits(0x23, value->doubleValue());
+        writeBits(0x23, object.bits);
         return;
       case ObjectKind::Date:
-        writeBits(0x33, value->dateValue().secondsSince2001);
+        writeBits(0x33, object.bits);
         return;
       case ObjectKind::String:
         writeString(*static_cast<const std::string*>(object.item));

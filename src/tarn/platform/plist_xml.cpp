@@ -495,7 +495,7 @@ class XmlReader {
       negativeYear = true;
       text.remove_prefix(1);
     }
-    std::int64_t year = number(4, 12);
+    std::int64_t year = number(4, 9);  // keeps the seconds within 64 bits
     if (negativeYear) year = -year;
     expect('-');
     const auto month = static_cast<unsigned>(number(2, 2));
