@@ -203,7 +203,7 @@ void BM_ViewFilterSearchOnly(benchmark::State& state) {
 }
 BENCHMARK(BM_ViewFilterSearchOnly)->Arg(100000)->Unit(benchmark::kMillisecond);
 
-// A smart folder: (checks over 500 in the last 6 months) or (anything in
+// A smart folder: (checks over 500 in the last 6 months) or (category under
 // Food) and (resolved).
 void BM_ThreeGroupsAndOr(benchmark::State& state) {
   PinToday();

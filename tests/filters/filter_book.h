@@ -68,7 +68,7 @@ inline std::shared_ptr<TARNAccountEntryType> MakeType(const std::string& name, i
   return type;
 }
 
-struct EntrySpec {
+struct EntryFields {
   std::string description = "";
   double amount = 0.0;
   DateNumber date = 20070315;
@@ -92,19 +92,19 @@ class FilterBook {
   FilterBook(const FilterBook&) = delete;
   FilterBook& operator=(const FilterBook&) = delete;
 
-  std::shared_ptr<TARNAccountEntry> Entry(const EntrySpec& spec) {
+  std::shared_ptr<TARNAccountEntry> Entry(const EntryFields& fields) {
     auto entry = std::make_shared<TARNAccountEntry>();
     entry->SetAccount(&account);
     entry->SetNumber(nextNumber_++);
-    entry->SetDescription(spec.description);
-    entry->SetAmount(spec.amount);
-    entry->SetDate(spec.date);
-    entry->SetType(spec.type);
-    entry->SetCategory(spec.category);
-    entry->SetToFrom(spec.toFrom);
-    entry->SetNotes(spec.notes);
-    entry->SetCheckNumber(spec.checkNumber);
-    if (spec.checkNumber >= 0) entry->SetIsCheck(true);
+    entry->SetDescription(fields.description);
+    entry->SetAmount(fields.amount);
+    entry->SetDate(fields.date);
+    entry->SetType(fields.type);
+    entry->SetCategory(fields.category);
+    entry->SetToFrom(fields.toFrom);
+    entry->SetNotes(fields.notes);
+    entry->SetCheckNumber(fields.checkNumber);
+    if (fields.checkNumber >= 0) entry->SetIsCheck(true);
     return entry;
   }
 

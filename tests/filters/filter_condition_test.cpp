@@ -14,7 +14,7 @@ namespace tarn {
 namespace {
 
 using testing::Descriptions;
-using testing::EntrySpec;
+using testing::EntryFields;
 using testing::FilterBook;
 using Strings = std::vector<std::string>;
 

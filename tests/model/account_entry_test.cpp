@@ -392,6 +392,8 @@ std::shared_ptr<TARNAccountEntryCategory> makeCategory(std::int32_t number, cons
 
 TEST(AccountEntry, AccountFindsTypesAndCategories) {
   TARNAccount account;
+  // A new account starts with the default types; these tests bring their own.
+  account.types().clear();
   account.types().push_back(makeType(4, "Check"));
   account.inactiveTypes().push_back(makeType(20, "Wire"));
   account.categories().push_back(makeCategory(1, "Auto"));
@@ -472,6 +474,9 @@ TEST(AccountEntry, ComparisonsOrderByTheirKeysFirst) {
   checking.SetName("checking");
   TARNAccount savings;
   savings.SetName("Savings");
+  // A new account starts with the default types; these tests bring their own.
+  checking.types().clear();
+  savings.types().clear();
   checking.types().push_back(makeType(1, "automatic draft"));
   checking.types().push_back(makeType(2, "ATM"));
   savings.types().push_back(makeType(2, "Zoo"));
@@ -661,6 +666,8 @@ TEST(AccountEntry, SpeakableStringReadsTheEntryAloud) {
   const std::string savedFormat = UserDefault("NSShortDateFormatString");
   SetUserDefault("NSShortDateFormatString", "%m/%d/%y");
   TARNAccount account;
+  // A new account starts with the default types; these tests bring their own.
+  account.types().clear();
   account.types().push_back(makeType(4, "Check"));
   auto autoCategory = makeCategory(10, "Auto");
   autoCategory->addChild(makeCategory(11, "Fuel"));

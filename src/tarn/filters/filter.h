@@ -56,9 +56,12 @@ class TARNFilter {
   void removeConditionGroupAtIndex(std::int32_t index);
   void removeAllConditionGroups() { conditionGroups_.clear(); }
 
-  // The passing entries: the entries that every "and" group passed, then
-  // those that "or" groups added, each group judging in turn; see the
-  // definition for the exact order. Throws std::out_of_range only from an
+  // The passing entries. Groups in order: an "and" group narrows the
+  // and-list (the input at first) less what "or" groups took; an "or" group
+  // adds its result on the whole input, less what earlier "or" groups took,
+  // to the or-set; groups of another logic are skipped. The result is the
+  // and-list less the or-set, followed by the or-set, so a first group
+  // marked "or" passes every entry. Throws std::out_of_range only from an
   // "any" group that runs out of conditions.
   TARNEntryList filterEntries(const TARNEntryList& entries) const;
   // The sum of GetAmount over the passing entries that are not void, in order,

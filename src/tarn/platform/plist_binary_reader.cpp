@@ -368,8 +368,10 @@ class BinaryReader {
         fail("dictionary key (object " + std::to_string(keyRef) + ") is not a string");
       }
       // Keys usually come sorted, so the end hint makes insertion constant
-      // time; a repeated key keeps its last value.
-      auto slot = dictionary.insert_or_assign(dictionary.end(), readString(keyAt, keyRef), Value());
+      // time (emplace_hint compares once; insert_or_assign would twice). A
+      // repeated key finds its first slot, which the assignment overwrites:
+      // the last value wins.
+      auto slot = dictionary.emplace_hint(dictionary.end(), readString(keyAt, keyRef), Value());
       slot->second = readObject(readRef(valueRefs + i * refSize_), depth + 1);
     }
     state_[ref] = kDone;

@@ -36,7 +36,7 @@ std::string ToXml(const Value& value);
 std::string ToBinary(const Value& value);
 
 // Parses XML held in a buffer the caller gives up: the text is decoded where
-// it lies (no copy), so the buffer's contents are unspecified afterwards.
+// it lies (no copy), so the buffer's contents are garbage afterwards.
 Value ParseXmlInPlace(std::string& bytes, const std::string& name = "<memory>");
 
 // Whether bytes start like a binary property list of any version ("bplist").

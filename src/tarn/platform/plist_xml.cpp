@@ -415,9 +415,11 @@ class XmlReader {
       }
       pugi::xml_node value = nextElement(key);
       if (!value) fail("a dictionary key without a value", key);
-      // Keys arrive sorted from our own writer, so the hint makes most
-      // insertions constant time; a repeated key keeps its last value.
-      auto slot = dictionary.insert_or_assign(dictionary.end(), text(key), Value());
+      // Keys usually come sorted, so the end hint makes insertion constant
+      // time (emplace_hint compares once; insert_or_assign would twice). A
+      // repeated key finds its first slot, which the assignment overwrites:
+      // the last value wins.
+      auto slot = dictionary.emplace_hint(dictionary.end(), text(key), Value());
       slot->second = readValue(value, depth + 1);
       key = nextElement(value);
     }
