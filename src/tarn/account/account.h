@@ -27,6 +27,7 @@ class TARNAccountSchedule;
 class TARNAccountSummary;
 class TARNAccountsController;
 class TARNFilter;
+struct TARNExportOptions;
 
 // Settings of the register and reconcile view filters, as stored.
 inline constexpr std::int32_t kEntryViewType = 1;
@@ -463,6 +464,138 @@ class TARNAccount {
   // Ledger operations (balances, numbering, look-ups, suggestion lists,
   // sorting, export) are declared below this line.
   // ---------------------------------------------------------------------
+
+  // Entry sets (account_balances.cpp). The working set of every balance,
+  // total, look-up and check number is GetAllEntries: the register followed
+  // by each folder's entries, in folder order.
+  Entries GetAllEntries() const;
+  Entries GetDebits() const;
+  Entries GetDeposits() const;
+
+  // Balances (account_balances.cpp). Void entries never count. Each is one
+  // pass over the entries.
+  // 0.0 while the account is not authenticated.
+  double GetBalance() const;
+  // Entries dated on or before today; no authentication test.
+  double GetTodaysBalance() const;
+  double GetResolvedBalance() const;
+  double GetUnresolvedBalance() const;
+  double GetRunningBalanceBeforeDate(DateNumber date) const;
+  double GetRunningBalanceThroughDate(DateNumber date) const;
+  // The balance after the entry in register order: entries of earlier days,
+  // and on the entry's own day checks by check number ahead of the other
+  // entries by entering order. 0.0 for nullptr.
+  double GetRunningBalanceAtEntry(const TARNAccountEntry* entry) const;
+  // Sums of the amounts of debits (deposits); no starting balance.
+  double GetDebitsTotal() const;
+  double GetDepositsTotal() const;
+  // Stores in every entry, void ones included, the balance after it in date
+  // and check order. One sort and one pass.
+  void CacheRunningBalances();
+
+  // Numbering (account_numbering.cpp). Linked deposits (the receiving half of
+  // a transfer) carry the other account's check number and never count.
+  // One more than the highest schedule number; 0 without schedules.
+  std::int32_t NextAvailableScheduleNumber() const;
+  // The highest check number of any entry, check or not; startingCheckNumber
+  // - 1 when that is higher; -1 when there is nothing.
+  std::int32_t HighestCheckNumber() const;
+  std::int32_t NextAvailableCheckNumber() const;
+  // The first free check number after the entry's, looking for a gap among
+  // the register's checks; nullptr asks for the next after the highest.
+  std::int32_t NextAvailableCheckNumberAfterEntry(const TARNAccountEntry* entry) const;
+  // The smallest check number above n, or the highest check number.
+  std::int32_t NextCheckNumberAfterCheckNumber(std::int32_t n) const;
+  // One more than the highest number among the active and inactive types
+  // (local categories and their children); 0 when none is 0 or more.
+  std::int32_t nextAvailableTypeNumber() const;
+  std::int32_t nextAvailableCategoryNumber() const;
+
+  // Look-ups (account_lookups.cpp), over GetAllEntries; nullptr when absent.
+  std::shared_ptr<TARNAccountEntry> GetEntryWithNumber(std::int32_t number) const;
+  // Smallest (largest) date; the first in list order among equal dates.
+  std::shared_ptr<TARNAccountEntry> GetFirstEntry() const;
+  std::shared_ptr<TARNAccountEntry> GetLastEntry() const;
+  // Highest entry number, of all entries or of the checks only.
+  std::shared_ptr<TARNAccountEntry> GetLastEnteredEntry() const;
+  std::shared_ptr<TARNAccountEntry> GetLastEnteredCheck() const;
+  std::shared_ptr<TARNAccountSchedule> ScheduleForNumber(std::int32_t number) const;
+  void AddSchedule(const std::shared_ptr<TARNAccountSchedule>& schedule);
+  void RemoveSchedule(const std::shared_ptr<TARNAccountSchedule>& schedule);
+  // Exact (case-sensitive) name among the active, then the inactive types of
+  // that direction.
+  std::shared_ptr<TARNAccountEntryType> debitEntryTypeForName(const std::string& name) const;
+  std::shared_ptr<TARNAccountEntryType> depositEntryTypeForName(const std::string& name) const;
+  // The active types of each direction, in list order.
+  Types GetDebitTypes() const;
+  Types GetDepositTypes() const;
+  // Moves the type to the inactive list, first clearing the default that
+  // names it. nullptr is ignored.
+  void deactivateType(const std::shared_ptr<TARNAccountEntryType>& type);
+  void deactivateCategory(const std::shared_ptr<TARNAccountEntryCategory>& category);
+
+  // Pending scheduled entries (account_lookups.cpp).
+  bool HasPendingScheduledEntries() const;
+  // 0 for nullopt.
+  std::int32_t numberOfPendingScheduledEntriesForDate(
+      const std::optional<CalendarDate>& date) const;
+
+  // Suggestion lists for the entry sheet (account_suggestions.cpp). Empty
+  // while the account is not authenticated. _All: every distinct non-empty
+  // text (case-insensitively; the first spelling wins), sorted
+  // case-insensitively. _Some: the most recently entered distinct texts,
+  // newest first, stopping after the addition made with n already in the
+  // list (so up to n + 1). _Specific: the user's own list as stored.
+  Strings DebitDescriptions_All() const;
+  Strings DebitDescriptions_Some(std::int32_t n) const;
+  const std::optional<Strings>& DebitDescriptions_Specific() const;
+  Strings DepositDescriptions_All() const;
+  Strings DepositDescriptions_Some(std::int32_t n) const;
+  const std::optional<Strings>& DepositDescriptions_Specific() const;
+  Strings Tos_All() const;
+  Strings Tos_Some(std::int32_t n) const;
+  const std::optional<Strings>& Tos_Specific() const;
+  Strings Froms_All() const;
+  Strings Froms_Some(std::int32_t n) const;
+  const std::optional<Strings>& Froms_Specific() const;
+  // The list the style preference picks: 0 _All, 1 _Some with the stored
+  // count, 2 _Specific; nullopt for any other style.
+  std::optional<Strings> GetPreferredDebitDescriptions() const;
+  std::optional<Strings> GetPreferredDepositDescriptions() const;
+  std::optional<Strings> GetPreferredTos() const;
+  std::optional<Strings> GetPreferredFroms() const;
+
+  // Imports between accounts (account_suggestions.cpp); nothing unless the
+  // other account exists and is authenticated. Types whose names this
+  // account lacks (case-insensitively) are copied with new numbers; texts of
+  // the user's lists are appended when not already there.
+  void importTypesFromAccount(const TARNAccount* other);
+  void importDescriptionsFromAccount(const TARNAccount* other);
+  void importToFromsFromAccount(const TARNAccount* other);
+
+  // Password (account_sorting.cpp). The stored password is always a string;
+  // the empty string means none.
+  bool HasPassword() const { return !password_.empty(); }
+  // nullopt signs the account out; the stored password signs it in; any
+  // other text leaves the state as it was. Returns the state.
+  bool Authenticate(const std::optional<std::string>& password);
+
+  // Sorting (account_sorting.cpp). Sorts the selected folder (or the
+  // register) in place by a column, entry number breaking ties.
+  void SortBy(std::int32_t column, bool descending);
+  // Orders of accounts for the host's list: 1, 0 or -1.
+  int NameIsGreaterThan(const TARNAccount& other) const;
+  int NameIsGreaterThan_Reversed(const TARNAccount& other) const;
+  int NumberIsGreaterThan(const TARNAccount& other) const;
+  int BalanceIsGreaterThan(const TARNAccount& other) const;
+  int BalanceIsGreaterThan_Reversed(const TARNAccount& other) const;
+
+  // Export (account_export_qif.cpp, account_export_text.cpp). The register,
+  // or what the options' filter keeps of it, in date and check order; the
+  // starting balance leads unless a filter is given. nullptr options mean
+  // the defaults.
+  std::string asQIFStringWithOptions(const TARNExportOptions* options) const;
+  std::string asTabDelimitedStringWithOptions(const TARNExportOptions* options) const;
 
  private:
   // Reading of the stored dictionary, one group of keys at a time

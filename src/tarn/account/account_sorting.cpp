@@ -1,0 +1,176 @@
+// Sorting the register by a column, the orders of accounts in the host's
+// list, and the account's own password.
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "tarn/account/account.h"
+#include "tarn/account/account_folder.h"
+#include "tarn/account/folded_text.h"
+#include "tarn/model/account_entry.h"
+#include "tarn/platform/text.h"
+
+namespace tarn {
+
+namespace {
+
+// Column codes of the register's sort.
+constexpr std::int32_t kSortColumnCheckNumber = 0;
+constexpr std::int32_t kSortColumnDate = 1;
+constexpr std::int32_t kSortColumnType = 2;
+constexpr std::int32_t kSortColumnDescription = 3;
+constexpr std::int32_t kSortColumnAmount = 4;
+constexpr std::int32_t kSortColumnResolved = 5;
+constexpr std::int32_t kSortColumnToFrom = 6;
+
+using EntryComparator = int (TARNAccountEntry::*)(const TARNAccountEntry&) const;
+
+struct ColumnComparators {
+  EntryComparator ascending;
+  EntryComparator descending;
+};
+
+// Both null for a code that names no column.
+ColumnComparators ComparatorsForColumn(std::int32_t column) {
+  using E = TARNAccountEntry;
+  switch (column) {
+    case kSortColumnCheckNumber:
+      return {&E::CheckNumberIsGreaterThan, &E::CheckNumberIsGreaterThan_Reversed};
+    case kSortColumnDate:
+      return {&E::DatePrimaryCheckSecondaryIsGreaterThan,
+              &E::DatePrimaryCheckSecondaryIsGreaterThan_Reversed};
+    case kSortColumnType:
+      return {&E::TypePrimaryDateSecondaryIsGreaterThan,
+              &E::TypePrimaryDateSecondaryIsGreaterThan_Reversed};
+    case kSortColumnDescription:
+      return {&E::DescriptionIsGreaterThan, &E::DescriptionIsGreaterThan_Reversed};
+    case kSortColumnAmount:
+      return {&E::AmountIsGreaterThan, &E::AmountIsGreaterThan_Reversed};
+    case kSortColumnResolved:
+      return {&E::ClearedIsGreaterThan, &E::ClearedIsGreaterThan_Reversed};
+    case kSortColumnToFrom:
+      return {&E::ToFromIsGreaterThan, &E::ToFromIsGreaterThan_Reversed};
+    default:
+      return {nullptr, nullptr};
+  }
+}
+
+// The result of sorting by entry number and then, stably, by a column
+// comparator that ends with the entry number: the column's key, then the
+// entry number (both reversed when descending), then, for entries sharing a
+// number, their place in the list.
+template <typename MakeKey>
+void SortByKeys(TARNAccount::Entries& list, bool descending, MakeKey&& makeKey) {
+  using Key = decltype(makeKey(std::declval<const TARNAccountEntry&>()));
+  struct Item {
+    Key key;
+    std::int32_t number;
+    std::uint32_t position;
+  };
+  std::vector<Item> items;
+  items.reserve(list.size());
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    items.push_back({makeKey(*list[i]), list[i]->GetNumber(), static_cast<std::uint32_t>(i)});
+  }
+  std::sort(items.begin(), items.end(), [descending](const Item& a, const Item& b) {
+    if (a.key != b.key) return descending ? b.key < a.key : a.key < b.key;
+    if (a.number != b.number) return descending ? b.number < a.number : a.number < b.number;
+    return a.position < b.position;
+  });
+  TARNAccount::Entries sorted;
+  sorted.reserve(list.size());
+  for (const Item& item : items) sorted.push_back(std::move(list[item.position]));
+  list = std::move(sorted);
+}
+
+int Sign(int value) {
+  return (value > 0) - (value < 0);
+}
+
+template <typename T>
+int CompareValues(const T& a, const T& b) {
+  return (a > b) - (a < b);
+}
+
+}  // namespace
+
+void TARNAccount::SortBy(std::int32_t column, bool descending) {
+  const std::shared_ptr<TARNAccountFolder> selected = folder();
+  Entries& list = selected ? selected->entries() : entries_;
+  // The busiest columns sort on keys taken once per entry; they order
+  // exactly as the entries' comparators do.
+  switch (column) {
+    case kSortColumnCheckNumber:
+      return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
+        const bool check = entry.IsCheck();
+        return std::pair(check ? 0 : 1, check ? entry.GetCheckNumber() : 0);
+      });
+    case kSortColumnDate:
+      return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
+        const bool check = entry.IsCheck();
+        return std::tuple(entry.GetDate(), check ? 0 : 1, check ? entry.GetCheckNumber() : 0);
+      });
+    case kSortColumnDescription:
+      return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
+        std::string folded;
+        FoldInto(entry.GetDescription(), folded);
+        return folded;
+      });
+    case kSortColumnToFrom:
+      return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
+        std::string folded;
+        FoldInto(entry.GetToFrom(), folded);
+        return folded;
+      });
+    default:
+      break;
+  }
+  // Every column comparator ends with the entry number, so the first sort
+  // only decides the order of a code that names no column (and of entries
+  // that share a number).
+  std::stable_sort(list.begin(), list.end(),
+                   [](const auto& a, const auto& b) { return a->NumberIsGreaterThan(*b) < 0; });
+  const ColumnComparators comparators = ComparatorsForColumn(column);
+  const EntryComparator compare = descending ? comparators.descending : comparators.ascending;
+  if (!compare) return;
+  std::stable_sort(list.begin(), list.end(),
+                   [compare](const auto& a, const auto& b) { return ((*a).*compare)(*b) < 0; });
+}
+
+int TARNAccount::NameIsGreaterThan(const TARNAccount& other) const {
+  return Sign(CaseInsensitiveCompare(name_, other.name_));
+}
+
+int TARNAccount::NameIsGreaterThan_Reversed(const TARNAccount& other) const {
+  return -NameIsGreaterThan(other);
+}
+
+int TARNAccount::NumberIsGreaterThan(const TARNAccount& other) const {
+  return CompareValues(number_, other.number_);
+}
+
+int TARNAccount::BalanceIsGreaterThan(const TARNAccount& other) const {
+  return CompareValues(GetBalance(), other.GetBalance());
+}
+
+int TARNAccount::BalanceIsGreaterThan_Reversed(const TARNAccount& other) const {
+  return -BalanceIsGreaterThan(other);
+}
+
+bool TARNAccount::Authenticate(const std::optional<std::string>& password) {
+  // An account always holds a password string (empty for none), so the
+  // "no password at all" case of older hosts cannot arise here.
+  if (!password) {
+    authenticated_ = false;
+  } else if (*password == password_) {
+    authenticated_ = true;
+  }
+  return authenticated_;
+}
+
+}  // namespace tarn

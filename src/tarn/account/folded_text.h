@@ -1,0 +1,27 @@
+// Case folding into a caller's buffer, for the ledger operations that tell
+// texts apart or order them case-insensitively over many entries: the folded
+// forms compare byte by byte exactly as CaseInsensitiveCompare orders the
+// texts. Nothing here is owned beyond the buffer the caller passes.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tarn/platform/text.h"
+
+namespace tarn {
+
+// ASCII (the usual case) is lowered in place; anything else goes through the
+// full Unicode folding.
+inline void FoldInto(std::string_view text, std::string& out) {
+  if (IsAscii(text)) {
+    out.assign(text);
+    for (char& c : out) {
+      if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+  } else {
+    out = CaseFold(text);
+  }
+}
+
+}  // namespace tarn
