@@ -12,52 +12,13 @@ constexpr std::int64_t kSecondsPerDay = 86400;
 constexpr std::int64_t kLastMonthIndex = 4002 * 12;
 constexpr std::int64_t kBeyondDays = std::int64_t{1} << 40;
 
-std::int64_t floorDiv(std::int64_t a, std::int64_t b) {
-  std::int64_t q = a / b;
-  if ((a % b != 0) && ((a < 0) != (b < 0))) --q;
-  return q;
-}
-
-// Days since 1970-01-01 of a civil date (month 1-12, day within the month)
-// and back; the walks over occurrences convert every step, so this stays
-// free of the calendar object's field caching.
-std::int64_t daysOf(std::int64_t year, int month, int day) {
-  year -= month <= 2;
-  const std::int64_t era = floorDiv(year, 400);
-  const auto yearOfEra = static_cast<unsigned>(year - era * 400);
-  const auto monthFromMarch = static_cast<unsigned>(month > 2 ? month - 3 : month + 9);
-  const unsigned dayOfYear = (153 * monthFromMarch + 2) / 5 + static_cast<unsigned>(day) - 1;
-  const unsigned dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-  return era * 146097 + static_cast<std::int64_t>(dayOfEra) - 719468;
-}
-
-struct Civil {
-  std::int64_t year;
-  int month;
-  int day;
-};
-
-Civil civilOfDays(std::int64_t days) {
-  days += 719468;
-  const std::int64_t era = floorDiv(days, 146097);
-  const auto dayOfEra = static_cast<unsigned>(days - era * 146097);
-  const unsigned yearOfEra =
-      (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-  const unsigned dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-  const unsigned monthFromMarch = (5 * dayOfYear + 2) / 153;
-  const auto day = static_cast<int>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1);
-  const auto month =
-      static_cast<int>(monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9);
-  return {static_cast<std::int64_t>(yearOfEra) + era * 400 + (month <= 2), month, day};
-}
-
 DateNumber dateNumberOfDays(std::int64_t days) {
-  const Civil civil = civilOfDays(days);
+  const CivilDay civil = CivilFromDays(days);
   return static_cast<DateNumber>(civil.year * 10000 + civil.month * 100 + civil.day);
 }
 
 std::int64_t monthIndexOfDays(std::int64_t days) {
-  const Civil civil = civilOfDays(days);
+  const CivilDay civil = CivilFromDays(days);
   return civil.year * 12 + civil.month - 1;
 }
 
@@ -100,21 +61,21 @@ Fields fieldsOf(DateNumber number) {
 // bound such as 20070231 or 20071300 still compares as date numbers do.
 std::int64_t daysOnOrAfter(DateNumber bound) {
   Fields f = fieldsOf(bound);
-  if (f.month < 1) return daysOf(f.year, 1, 1);
-  if (f.month > 12) return daysOf(f.year + 1, 1, 1);
-  if (f.day < 1) return daysOf(f.year, f.month, 1);
+  if (f.month < 1) return DaysFromCivil(f.year, 1, 1);
+  if (f.month > 12) return DaysFromCivil(f.year + 1, 1, 1);
+  if (f.day < 1) return DaysFromCivil(f.year, f.month, 1);
   const int daysInMonth = DaysInMonth(f.month, f.year);
-  if (f.day > daysInMonth) return daysOf(f.year, f.month, daysInMonth) + 1;
-  return daysOf(f.year, f.month, f.day);
+  if (f.day > daysInMonth) return DaysFromCivil(f.year, f.month, daysInMonth) + 1;
+  return DaysFromCivil(f.year, f.month, f.day);
 }
 
 // The latest real date whose date number is not above `bound`.
 std::int64_t daysOnOrBefore(DateNumber bound) {
   Fields f = fieldsOf(bound);
-  if (f.month < 1) return daysOf(f.year, 1, 1) - 1;
-  if (f.month > 12) return daysOf(f.year, 12, 31);
-  if (f.day < 1) return daysOf(f.year, f.month, 1) - 1;
-  return daysOf(f.year, f.month, std::min(f.day, DaysInMonth(f.month, f.year)));
+  if (f.month < 1) return DaysFromCivil(f.year, 1, 1) - 1;
+  if (f.month > 12) return DaysFromCivil(f.year, 12, 31);
+  if (f.day < 1) return DaysFromCivil(f.year, f.month, 1) - 1;
+  return DaysFromCivil(f.year, f.month, std::min(f.day, DaysInMonth(f.month, f.year)));
 }
 
 std::int64_t distantFutureDays() {
@@ -297,9 +258,9 @@ ScheduleRecurrence::Step ScheduleRecurrence::StepAt(std::int64_t n) const {
     case Kind::kMonths: {
       const std::int64_t month = firstMonthIndex_ + n * stepMonths_;
       if (month > kLastMonthIndex) return {kBeyondDays, true};
-      const std::int64_t year = floorDiv(month, 12);
+      const std::int64_t year = FloorDivide(month, 12);
       const int monthOfYear = static_cast<int>(month - year * 12) + 1;
-      const std::int64_t firstOfMonth = daysOf(year, monthOfYear, 1);
+      const std::int64_t firstOfMonth = DaysFromCivil(year, monthOfYear, 1);
       if (firstDay_ <= DaysInMonth(monthOfYear, static_cast<int>(year))) {
         return {firstOfMonth + firstDay_ - 1, true};
       }
@@ -311,17 +272,17 @@ ScheduleRecurrence::Step ScheduleRecurrence::StepAt(std::int64_t n) const {
       // The first day of the month after the step's month, less one day.
       const std::int64_t month = firstMonthIndex_ + n + 1;
       if (month > kLastMonthIndex) return {kBeyondDays, true};
-      const std::int64_t year = floorDiv(month, 12);
-      return {daysOf(year, static_cast<int>(month - year * 12) + 1, 1) - 1, true};
+      const std::int64_t year = FloorDivide(month, 12);
+      return {DaysFromCivil(year, static_cast<int>(month - year * 12) + 1, 1) - 1, true};
     }
     case Kind::kEndOfQuarter: {
       // The quarter of the month reached, not of a carried day: 31 March plus
       // three months is in June, whose quarter ends on 30 June.
       const std::int64_t month = firstMonthIndex_ + 3 * n;
-      const std::int64_t next = floorDiv(month, 3) * 3 + 3;  // the month after the quarter
+      const std::int64_t next = FloorDivide(month, 3) * 3 + 3;  // the month after the quarter
       if (next > kLastMonthIndex) return {kBeyondDays, true};
-      const std::int64_t year = floorDiv(next, 12);
-      return {daysOf(year, static_cast<int>(next - year * 12) + 1, 1) - 1, true};
+      const std::int64_t year = FloorDivide(next, 12);
+      return {DaysFromCivil(year, static_cast<int>(next - year * 12) + 1, 1) - 1, true};
     }
     case Kind::kNone:
       break;
@@ -347,14 +308,14 @@ std::int64_t ScheduleRecurrence::FirstStepNear(std::int64_t days) const {
   if (onlyFirst_) return 0;
   switch (kind_) {
     case Kind::kDays:
-      return std::max<std::int64_t>(0, floorDiv(days - firstDays_, stepDays_));
+      return std::max<std::int64_t>(0, FloorDivide(days - firstDays_, stepDays_));
     case Kind::kMonths:
     case Kind::kLastDayOfMonth:
     case Kind::kEndOfQuarter:
       // One step early: a step in the month before can carry (yearly 29
       // February) or be taken to a quarter's end inside the range.
       return std::max<std::int64_t>(
-          0, floorDiv(monthIndexOfDays(days) - firstMonthIndex_, stepMonths_) - 1);
+          0, FloorDivide(monthIndexOfDays(days) - firstMonthIndex_, stepMonths_) - 1);
     case Kind::kNone:
       break;
   }

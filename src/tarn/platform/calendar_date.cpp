@@ -10,50 +10,14 @@ namespace {
 
 constexpr std::int64_t kSecondsPerDay = 86400;
 
-// Days since 1970-01-01 of a proleptic Gregorian civil date (month 1-12).
-std::int64_t daysFromCivil(std::int64_t year, unsigned month, unsigned day) {
-  year -= month <= 2;
-  const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
-  const unsigned yearOfEra = static_cast<unsigned>(year - era * 400);
-  const unsigned dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-  const unsigned dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-  return era * 146097 + static_cast<std::int64_t>(dayOfEra) - 719468;
-}
-
-struct CivilDay {
-  std::int64_t year;
-  unsigned month;
-  unsigned day;
-};
-
-CivilDay civilFromDays(std::int64_t days) {
-  days += 719468;
-  const std::int64_t era = (days >= 0 ? days : days - 146096) / 146097;
-  const unsigned dayOfEra = static_cast<unsigned>(days - era * 146097);
-  const unsigned yearOfEra =
-      (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-  const std::int64_t year = static_cast<std::int64_t>(yearOfEra) + era * 400;
-  const unsigned dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-  const unsigned mp = (5 * dayOfYear + 2) / 153;
-  const unsigned day = dayOfYear - (153 * mp + 2) / 5 + 1;
-  const unsigned month = mp < 10 ? mp + 3 : mp - 9;
-  return {year + (month <= 2), month, day};
-}
-
-std::int64_t floorDiv(std::int64_t a, std::int64_t b) {
-  std::int64_t q = a / b;
-  if ((a % b != 0) && ((a < 0) != (b < 0))) --q;
-  return q;
-}
-
 // Seconds of a civil date whose fields may be out of range (carried over).
 std::int64_t secondsFromFields(std::int64_t year, std::int64_t month, std::int64_t day,
                                std::int64_t hour, std::int64_t minute, std::int64_t second) {
   const std::int64_t monthIndex = month - 1;
-  year += floorDiv(monthIndex, 12);
+  year += FloorDivide(monthIndex, 12);
   const auto normalizedMonth =
-      static_cast<unsigned>(monthIndex - floorDiv(monthIndex, 12) * 12 + 1);
-  const std::int64_t days = daysFromCivil(year, normalizedMonth, 1) + (day - 1);
+      static_cast<unsigned>(monthIndex - FloorDivide(monthIndex, 12) * 12 + 1);
+  const std::int64_t days = DaysFromCivil(year, normalizedMonth, 1) + (day - 1);
   return days * kSecondsPerDay + hour * 3600 + minute * 60 + second;
 }
 
@@ -67,6 +31,36 @@ std::optional<CalendarDate>& pinnedNow() {
 }
 
 }  // namespace
+
+std::int64_t FloorDivide(std::int64_t numerator, std::int64_t denominator) {
+  std::int64_t quotient = numerator / denominator;
+  if ((numerator % denominator != 0) && ((numerator < 0) != (denominator < 0))) --quotient;
+  return quotient;
+}
+
+std::int64_t DaysFromCivil(std::int64_t year, int month, int day) {
+  year -= month <= 2;
+  const std::int64_t era = FloorDivide(year, 400);
+  const auto yearOfEra = static_cast<unsigned>(year - era * 400);
+  const auto monthFromMarch = static_cast<unsigned>(month > 2 ? month - 3 : month + 9);
+  const auto dayOfYear = static_cast<std::int64_t>((153 * monthFromMarch + 2) / 5) + day - 1;
+  const std::int64_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
+  return era * 146097 + dayOfEra - 719468;
+}
+
+CivilDay CivilFromDays(std::int64_t days) {
+  days += 719468;
+  const std::int64_t era = FloorDivide(days, 146097);
+  const auto dayOfEra = static_cast<unsigned>(days - era * 146097);
+  const unsigned yearOfEra =
+      (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+  const unsigned dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+  const unsigned monthFromMarch = (5 * dayOfYear + 2) / 153;
+  const auto day = static_cast<int>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1);
+  const auto month =
+      static_cast<int>(monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9);
+  return {static_cast<std::int64_t>(yearOfEra) + era * 400 + (month <= 2), month, day};
+}
 
 int DaysInMonth(int month, int year) {
   static constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
@@ -86,9 +80,9 @@ CalendarDate::CalendarDate(std::int64_t secondsSince1970) : seconds_(secondsSinc
 }
 
 void CalendarDate::fillFieldsFromSeconds() {
-  const std::int64_t days = floorDiv(seconds_, kSecondsPerDay);
+  const std::int64_t days = FloorDivide(seconds_, kSecondsPerDay);
   const std::int64_t secondOfDay = seconds_ - days * kSecondsPerDay;
-  const CivilDay civil = civilFromDays(days);
+  const CivilDay civil = CivilFromDays(days);
   year_ = static_cast<int>(civil.year);
   month_ = static_cast<int>(civil.month);
   day_ = static_cast<int>(civil.day);
@@ -110,7 +104,7 @@ CalendarDate CalendarDate::dateWithSecondsSince1970(std::int64_t seconds) {
 }
 
 std::int64_t CalendarDate::daysSince1970() const {
-  return floorDiv(seconds_, kSecondsPerDay);
+  return FloorDivide(seconds_, kSecondsPerDay);
 }
 
 int CalendarDate::dayOfWeek() const {
@@ -120,7 +114,7 @@ int CalendarDate::dayOfWeek() const {
 }
 
 int CalendarDate::dayOfYear() const {
-  return static_cast<int>(daysSince1970() - daysFromCivil(year_, 1, 1)) + 1;
+  return static_cast<int>(daysSince1970() - DaysFromCivil(year_, 1, 1)) + 1;
 }
 
 int CalendarDate::daysInMonth() const {

@@ -93,4 +93,18 @@ class CalendarDate {
 // Days of a month (1 to 12) in a year of the proleptic Gregorian calendar.
 int DaysInMonth(int month, int year);
 
+// Day counts of the zone-less civil calendar, for code that steps through
+// many dates without building calendar objects.
+struct CivilDay {
+  std::int64_t year;
+  int month;  // 1 to 12
+  int day;    // 1 to 31
+};
+// Days since 1 January 1970 of a date whose month is 1 to 12 (the day may
+// run past the month's end; it counts on into the next month).
+std::int64_t DaysFromCivil(std::int64_t year, int month, int day);
+CivilDay CivilFromDays(std::int64_t days);
+// Division rounding toward negative infinity.
+std::int64_t FloorDivide(std::int64_t numerator, std::int64_t denominator);
+
 }  // namespace tarn
