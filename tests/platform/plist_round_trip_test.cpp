@@ -255,19 +255,18 @@ TEST(PlistRoundTrip, InteroperatesWithLibplistBothWays) {
 TEST(PlistRoundTrip, ReadsHandWrittenXmlWithCommentsCdataAndOtherEncodings) {
   const std::string directory = std::string(TARN_TEST_DATA_DIR) + "/plist/";
   const Value value = ReadFile(directory + "comments_cdata_crlf_and_entities.plist");
-  EXPECT_EQ(value.find("Name")->stringValue(), "Checks & <Balances>");
-  EXPECT_EQ(value.find("Memo")->stringValue(), "line one\nline two <raw> & more");
-  EXPECT_EQ(value.find("Spaces")->stringValue(), "  ");
-  EXPECT_EQ(value.find("Hex")->longValue(), 255);
-  EXPECT_EQ(value.find("Negative")->longValue(), -42);
-  EXPECT_EQ(value.find("Real")->doubleValue(), 1250.0);
-  EXPECT_EQ(value.find("Infinity")->doubleValue(), HUGE_VAL);
-  EXPECT_EQ(value.find("Fraction")->dateValue().secondsSince2001, 294634921.25);
-  EXPECT_EQ(value.find("Icon")->dataValue(),
-            (Data{'h', 'e', 'l', 'l', 'o', ' ', 'w', 'o', 'r', 'l', 'd'}));
-  EXPECT_EQ(value.find("Entries")->arrayValue().size(), 2u);
-  EXPECT_TRUE(value.find("Entries")->arrayValue()[1].dictionaryValue().empty());
-  EXPECT_EQ(value.find("Repeated")->stringValue(), "last");
+  // clang-format off
+  const std::pair<const char*, Value> fields[] = {
+      {"Name", "Checks & <Balances>"}, {"Memo", "line one\nline two <raw> & more"},
+      {"Spaces", "  "}, {"Hex", 255}, {"Negative", -42}, {"Real", 1250.0}, {"Infinity", HUGE_VAL},
+      {"Fraction", Date{294634921.25}}, {"Repeated", "last"},
+      {"Icon", Data{'h', 'e', 'l', 'l', 'o', ' ', 'w', 'o', 'r', 'l', 'd'}},
+      {"Entries", Array{value.find("Entries")->arrayValue().at(0), Dictionary{}}}};
+  // clang-format on
+  for (const auto& [key, expected] : fields) {
+    ASSERT_NE(value.find(key), nullptr) << key;
+    EXPECT_EQ(*value.find(key), expected) << key;
+  }
   // The same document saved as UTF-16 (little-endian, with a mark).
   const Value utf16 = ReadFile(directory + "utf16le_with_bom.plist");
   EXPECT_EQ(utf16.find("Name")->stringValue(), "Caf\xC3\xA9 \xE2\x82\xAC");
