@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <utility>
 
 namespace tarn {
 namespace {
@@ -16,28 +17,18 @@ std::string Text(double amount, std::string_view separator = ".") {
 }
 
 TEST(AmountText, TwoDecimalsNoGroupingHalvesAwayFromZero) {
-  EXPECT_EQ(Text(12), "12.00");
-  EXPECT_EQ(Text(1234567.5), "1234567.50");
-  EXPECT_EQ(Text(-5.25), "-5.25");
-  EXPECT_EQ(Text(0.5), "0.50");
-  // The shortest decimal of the double is rounded: 10.125 and 2.675 round up
-  // although their binary values lie just below the half.
-  EXPECT_EQ(Text(10.125), "10.13");
-  EXPECT_EQ(Text(-2.125), "-2.13");
-  EXPECT_EQ(Text(2.675), "2.68");
-  EXPECT_EQ(Text(1.004), "1.00");
-  // Carries run through every nine and out of the units.
-  EXPECT_EQ(Text(9.995), "10.00");
-  EXPECT_EQ(Text(-999.999), "-1000.00");
-  // Nothing left to sign: no minus.
-  EXPECT_EQ(Text(-0.004), "0.00");
-  EXPECT_EQ(Text(-0.0), "0.00");
-  EXPECT_EQ(Text(-0.005), "-0.01");
-  EXPECT_EQ(Text(5e-324), "0.00");
-  EXPECT_EQ(Text(1e21), "1000000000000000000000.00");
-  EXPECT_EQ(Text(std::numeric_limits<double>::quiet_NaN()), "NaN");
-
-  EXPECT_EQ(Text(12345678901234.56), "12345678901234.56");
+  // The shortest decimal of the double is rounded: 10.125 and 2.675 round up although
+  // their binary values lie just below the half. Carries run through every nine and
+  // out of the units; with nothing left to sign, no minus.
+  // clang-format off
+  const std::pair<double, const char*> cases[] = {
+      {12, "12.00"}, {1234567.5, "1234567.50"}, {-5.25, "-5.25"}, {0.5, "0.50"},
+      {10.125, "10.13"}, {-2.125, "-2.13"}, {2.675, "2.68"}, {1.004, "1.00"}, {9.995, "10.00"},
+      {-999.999, "-1000.00"}, {-0.004, "0.00"}, {-0.0, "0.00"}, {-0.005, "-0.01"},
+      {5e-324, "0.00"}, {1e21, "1000000000000000000000.00"},
+      {std::numeric_limits<double>::quiet_NaN(), "NaN"}, {12345678901234.56, "12345678901234.56"}};
+  // clang-format on
+  for (const auto& [amount, text] : cases) EXPECT_EQ(Text(amount), text) << amount;
 
   // Whole cents, from small to large, read back digit for digit.
   uint64_t seed = 99;

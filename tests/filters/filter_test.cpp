@@ -207,7 +207,7 @@ TEST_F(FilterTest, DictionaryRoundTripAndDeepCopyShareNothing) {
   auto group = MakeGroup(kGroupLogicAnd);
   group->addConditionWithCategory(kFieldDescription, 1, kTextContains, "an");
   group->addConditionWithCategory(kFieldDate, 1, kDateBetweenDates,
-                                  plist::Array{plist::Value(20070101), plist::Value(20071231)});
+                                  plist::Array{20070101, 20071231});
   source.addConditionGroup(group);
   auto orGroup = MakeGroup(kGroupLogicOr, kGroupMatchAny);
   orGroup->addConditionWithCategory(kFieldAmount, 1, kAmountIsLessThan, 100.25);
@@ -238,14 +238,13 @@ TEST_F(FilterTest, DictionaryRoundTripAndDeepCopyShareNothing) {
 
   // Loading skips what is not of its kind, without a word.
   auto sloppy = TARNFilter::initWithDictionary(plist::Dictionary{
-      {"name", plist::Value(7)},
+      {"name", 7},
       {"conditionGroups",
-       plist::Array{
-           plist::Value("not a group"),
-           plist::Dictionary{{"logic", plist::Value("or")},
-                             {"qualifier", plist::Value(0)},
-                             {"conditions", plist::Array{plist::Value(1), plist::Dictionary{}}}},
-           plist::Dictionary{{"conditions", plist::Value("not an array")}}}}});
+       plist::Array{"not a group",
+                    plist::Dictionary{{"logic", "or"},
+                                      {"qualifier", 0},
+                                      {"conditions", plist::Array{1, plist::Dictionary{}}}},
+                    plist::Dictionary{{"conditions", "not an array"}}}}});
   EXPECT_EQ(sloppy->name(), "");
   ASSERT_EQ(sloppy->conditionGroups().size(), 2u);
   EXPECT_EQ(sloppy->conditionGroups()[0]->logic(), kGroupLogicAnd);
@@ -254,13 +253,11 @@ TEST_F(FilterTest, DictionaryRoundTripAndDeepCopyShareNothing) {
   EXPECT_EQ(sloppy->conditionGroups()[1]->qualifier(), kGroupMatchAll);
   EXPECT_TRUE(sloppy->conditionGroups()[1]->conditions().empty());
   EXPECT_TRUE(TARNFilter::initWithDictionary(plist::Value())->conditionGroups().empty());
-  EXPECT_TRUE(
-      TARNFilter::initWithDictionary(plist::Dictionary{{"conditionGroups", plist::Value(3)}})
-          ->conditionGroups()
-          .empty());
+  EXPECT_TRUE(TARNFilter::initWithDictionary(plist::Dictionary{{"conditionGroups", 3}})
+                  ->conditionGroups()
+                  .empty());
   EXPECT_EQ(TARNFilter().asDictionary(),
-            plist::Value(plist::Dictionary{{"name", plist::Value("")},
-                                           {"conditionGroups", plist::Array{}}}));
+            plist::Value(plist::Dictionary{{"name", ""}, {"conditionGroups", plist::Array{}}}));
   EXPECT_EQ(Group::initWithDictionary(plist::Value(1)), nullptr);
 
   SetLogSink(previous);

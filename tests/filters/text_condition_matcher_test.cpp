@@ -19,6 +19,10 @@ TEST(TextConditionMatcher, AgreesWithTheFullFoldingSearch) {
   const std::vector<std::string> pieces = {"a", "A", "b", "K",      "k",      "s",      "S",
                                            "f", "i", "@", "`",      " ",      "1",      "x",
                                            "é", "É", "ß", "\u212A", "\u017F", "\uFB01", "{"};
+  const std::pair<int32_t, TextAnchor> qualifiers[] = {{kTextIsExactly, TextAnchor::Whole},
+                                                       {kTextContains, TextAnchor::Anywhere},
+                                                       {kTextStartsWith, TextAnchor::AtStart},
+                                                       {kTextEndsWith, TextAnchor::AtEnd}};
   uint32_t seed = 7;
   auto next = [&seed] {
     seed = seed * 1103515245u + 12345u;
@@ -30,23 +34,16 @@ TEST(TextConditionMatcher, AgreesWithTheFullFoldingSearch) {
     return result;
   };
 
-  int checked = 0;
-  for (int round = 0; round < 3000; ++round) {
+  for (int round = 0; round < 2000; ++round) {
     // Mostly ASCII needles (the quick path), some with folding characters.
     const std::string needle = text(1 + next() % 3, round % 4 == 0 ? pieces.size() : 15);
     const std::string haystack = text(next() % 24, round % 3 == 0 ? pieces.size() : 15);
-    const std::pair<int32_t, TextAnchor> qualifiers[] = {{kTextIsExactly, TextAnchor::Whole},
-                                                         {kTextContains, TextAnchor::Anywhere},
-                                                         {kTextStartsWith, TextAnchor::AtStart},
-                                                         {kTextEndsWith, TextAnchor::AtEnd}};
     for (const auto& [qualifier, anchor] : qualifiers) {
       EXPECT_EQ(TextConditionMatcher(needle, qualifier).matches(haystack),
                 CaseInsensitiveContains(haystack, needle, anchor))
           << "needle \"" << needle << "\" haystack \"" << haystack << "\" qualifier " << qualifier;
-      ++checked;
     }
   }
-  EXPECT_EQ(checked, 12000);
 
   // Matches in the ASCII part before a folding character, and across it.
   EXPECT_TRUE(TextConditionMatcher("mark", kTextContains).matches("Supermarket café"));

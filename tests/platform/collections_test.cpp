@@ -4,6 +4,8 @@
 
 #include <memory>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace tarn {
@@ -12,49 +14,35 @@ namespace {
 using Fields = std::vector<std::string>;
 
 TEST(Collections, WithoutCharactersInSetRemovesWholeCodePoints) {
-  EXPECT_EQ(withoutCharactersInSet("1,234,567.89", ","), "1234567.89");
-  EXPECT_EQ(withoutCharactersInSet("01/15/2005", "/-. "), "01152005");
-  // A non-breaking space (C2 A0) as thousands separator; "é" (C3 A9) shares no
-  // byte with it, and only whole characters go.
-  EXPECT_EQ(withoutCharactersInSet("1\xC2\xA0"
-                                   "234 café",
-                                   "\xC2\xA0"),
-            "1234 café");
-  EXPECT_EQ(withoutCharactersInSet("Zürich €5", "€ü"), "Zrich 5");
-  EXPECT_EQ(withoutCharactersInSet("abc", ""), "abc");
-  EXPECT_EQ(withoutCharactersInSet("", "abc"), "");
-  // Stray bytes stay unless the set holds the same stray byte.
-  EXPECT_EQ(withoutCharactersInSet("a\xFF"
-                                   "b\xC3",
-                                   "b"),
-            "a\xFF\xC3");
-  EXPECT_EQ(withoutCharactersInSet("a\xFF"
-                                   "b",
-                                   "\xFF"),
-            "ab");
+  // A non-breaking space (C2 A0) goes, "é" (C3 A9) stays; stray bytes stay
+  // unless the set holds the same stray byte.
+  // clang-format off
+  const std::tuple<std::string, std::string, std::string> cases[] = {
+      {"1,234,567.89", ",", "1234567.89"}, {"01/15/2005", "/-. ", "01152005"},
+      {"1\xC2\xA0" "234 café", "\xC2\xA0", "1234 café"}, {"Zürich €5", "€ü", "Zrich 5"},
+      {"abc", "", "abc"}, {"", "abc", ""}, {"a\xFF" "b\xC3", "b", "a\xFF\xC3"},
+      {"a\xFF" "b", "\xFF", "ab"}};
+  // clang-format on
+  for (const auto& [text, set, expected] : cases) {
+    EXPECT_EQ(withoutCharactersInSet(text, set), expected) << text;
+  }
 }
 
-TEST(Collections, CsvFieldsWithQuotes) {
-  EXPECT_EQ(CSVLineComponents("01/15/05,Coffee,-3.50"), (Fields{"01/15/05", "Coffee", "-3.50"}));
-  EXPECT_EQ(CSVLineComponents("\"Smith, John\",\"He said \"\"hi\"\"\",5"),
-            (Fields{"Smith, John", "He said \"hi\"", "5"}));
-  EXPECT_EQ(CSVLineComponents("\"two\nlines\",x"), (Fields{"two\nlines", "x"}));
-  EXPECT_EQ(CSVLineComponents("\"\",\"\"\"\""), (Fields{"", "\""}));
-  // Unquoted fields stand as they are: spaces and inner quotes included.
-  EXPECT_EQ(CSVLineComponents(" a , 5\" pipe,b\"c\""), (Fields{" a ", " 5\" pipe", "b\"c\""}));
-  // A space before the opening quote makes the field unquoted.
-  EXPECT_EQ(CSVLineComponents("x, \"a,b\""), (Fields{"x", " \"a", "b\""}));
-  // Text after a closing quote joins the field; an open quote runs to the end.
-  EXPECT_EQ(CSVLineComponents("\"ab\"cd,e"), (Fields{"abcd", "e"}));
-  EXPECT_EQ(CSVLineComponents("a,\"open, still"), (Fields{"a", "open, still"}));
-}
-
-TEST(Collections, CsvEmptyFields) {
-  EXPECT_EQ(CSVLineComponents(""), (Fields{""}));
-  EXPECT_EQ(CSVLineComponents(","), (Fields{"", ""}));
-  EXPECT_EQ(CSVLineComponents("a,b,"), (Fields{"a", "b", ""}));
-  EXPECT_EQ(CSVLineComponents("a,,b"), (Fields{"a", "", "b"}));
-  EXPECT_EQ(CSVLineComponents("\"a\","), (Fields{"a", ""}));
+TEST(Collections, CsvFieldsWithQuotesAndEmptyFields) {
+  // Unquoted fields stand as they are, spaces and inner quotes included (a space
+  // before a quote makes it unquoted); text after a closing quote joins the
+  // field; an open quote runs to the end.
+  // clang-format off
+  const std::pair<std::string, Fields> cases[] = {
+      {"01/15/05,Coffee,-3.50", {"01/15/05", "Coffee", "-3.50"}},
+      {"\"Smith, John\",\"He said \"\"hi\"\"\",5", {"Smith, John", "He said \"hi\"", "5"}},
+      {"\"two\nlines\",x", {"two\nlines", "x"}}, {"\"\",\"\"\"\"", {"", "\""}},
+      {" a , 5\" pipe,b\"c\"", {" a ", " 5\" pipe", "b\"c\""}}, {"x, \"a,b\"", {"x", " \"a", "b\""}},
+      {"\"ab\"cd,e", {"abcd", "e"}}, {"a,\"open, still", {"a", "open, still"}},
+      {"", {""}}, {",", {"", ""}}, {"a,b,", {"a", "b", ""}}, {"a,,b", {"a", "", "b"}},
+      {"\"a\",", {"a", ""}}};
+  // clang-format on
+  for (const auto& [line, fields] : cases) EXPECT_EQ(CSVLineComponents(line), fields) << line;
 }
 
 struct Item {

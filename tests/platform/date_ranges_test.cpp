@@ -20,71 +20,67 @@ std::pair<DateNumber, DateNumber> rangeOn(DateNumber today, int mnemonic) {
   return {start.dateNumber(), end.dateNumber()};
 }
 
-using Range = std::pair<DateNumber, DateNumber>;
-
-TEST(DateRanges, MidweekMidQuarter) {
-  // Wednesday 13 May 2026.
-  const DateNumber today = 20260513;
-  EXPECT_EQ(rangeOn(today, kMnemonicToday), Range(20260513, 20260513));
-  EXPECT_EQ(rangeOn(today, kMnemonicYesterday), Range(20260512, 20260512));
-  EXPECT_EQ(rangeOn(today, kMnemonicLastWeek), Range(20260503, 20260509));
-  EXPECT_EQ(rangeOn(today, kMnemonicLastMonth), Range(20260401, 20260430));
-  EXPECT_EQ(rangeOn(today, kMnemonicLastQuarter), Range(20260101, 20260331));
-  EXPECT_EQ(rangeOn(today, kMnemonicLastYear), Range(20250101, 20251231));
-  EXPECT_EQ(rangeOn(today, kMnemonicThisWeek), Range(20260510, 20260516));
-  EXPECT_EQ(rangeOn(today, kMnemonicThisMonth), Range(20260501, 20260531));
-  EXPECT_EQ(rangeOn(today, kMnemonicThisQuarter), Range(20260401, 20260630));
-  EXPECT_EQ(rangeOn(today, kMnemonicThisYear), Range(20260101, 20261231));
-  EXPECT_EQ(rangeOn(today, kMnemonicWeekToDate), Range(20260510, 20260513));
-  EXPECT_EQ(rangeOn(today, kMnemonicMonthToDate), Range(20260501, 20260513));
-  EXPECT_EQ(rangeOn(today, kMnemonicQuarterToDate), Range(20260401, 20260513));
-  EXPECT_EQ(rangeOn(today, kMnemonicYearToDate), Range(20260101, 20260513));
-  EXPECT_EQ(rangeOn(today, 14), Range(20260513, 20260513));
-  EXPECT_EQ(rangeOn(today, -1), Range(20260513, 20260513));
-}
-
-TEST(DateRanges, FirstDayOfTheYearOnASunday) {
-  // 1 January 2023 was a Sunday: every period starts today.
-  const DateNumber today = 20230101;
-  EXPECT_EQ(rangeOn(today, kMnemonicYesterday), Range(20221231, 20221231));
-  EXPECT_EQ(rangeOn(today, kMnemonicLastWeek), Range(20221225, 20221231));
-  EXPECT_EQ(rangeOn(today, kMnemonicLastMonth), Range(20221201, 20221231));
-  EXPECT_EQ(rangeOn(today, kMnemonicLastQuarter), Range(20221001, 20221231));
-  EXPECT_EQ(rangeOn(today, kMnemonicLastYear), Range(20220101, 20221231));
-  EXPECT_EQ(rangeOn(today, kMnemonicThisWeek), Range(20230101, 20230107));
-  EXPECT_EQ(rangeOn(today, kMnemonicWeekToDate), Range(20230101, 20230101));
-  EXPECT_EQ(rangeOn(today, kMnemonicMonthToDate), Range(20230101, 20230101));
-  EXPECT_EQ(rangeOn(today, kMnemonicQuarterToDate), Range(20230101, 20230101));
-  EXPECT_EQ(rangeOn(today, kMnemonicYearToDate), Range(20230101, 20230101));
-}
-
-TEST(DateRanges, LastDayOfAQuarterOnASaturday) {
-  // 31 March 2018 was a Saturday.
-  const DateNumber today = 20180331;
-  EXPECT_EQ(rangeOn(today, kMnemonicThisWeek), Range(20180325, 20180331));
-  EXPECT_EQ(rangeOn(today, kMnemonicWeekToDate), Range(20180325, 20180331));
-  EXPECT_EQ(rangeOn(today, kMnemonicLastWeek), Range(20180318, 20180324));
-  EXPECT_EQ(rangeOn(today, kMnemonicLastMonth), Range(20180201, 20180228));
-  EXPECT_EQ(rangeOn(today, kMnemonicThisQuarter), Range(20180101, 20180331));
-  EXPECT_EQ(rangeOn(today, kMnemonicLastQuarter), Range(20171001, 20171231));
-  EXPECT_EQ(rangeOn(today, kMnemonicQuarterToDate), Range(20180101, 20180331));
-}
-
-TEST(DateRanges, WeeksAndMonthsAcrossBoundaries) {
-  // Tuesday 1 March 2016 (leap year): last month is a 29-day February, and
-  // the week began in February.
-  EXPECT_EQ(rangeOn(20160301, kMnemonicLastMonth), Range(20160201, 20160229));
-  EXPECT_EQ(rangeOn(20160301, kMnemonicThisWeek), Range(20160228, 20160305));
-  EXPECT_EQ(rangeOn(20160301, kMnemonicWeekToDate), Range(20160228, 20160301));
-  EXPECT_EQ(rangeOn(20160301, kMnemonicYesterday), Range(20160229, 20160229));
-  // Thursday 31 December 2026: this week runs into the next year.
-  EXPECT_EQ(rangeOn(20261231, kMnemonicThisWeek), Range(20261227, 20270102));
-  EXPECT_EQ(rangeOn(20261231, kMnemonicThisQuarter), Range(20261001, 20261231));
-  EXPECT_EQ(rangeOn(20261231, kMnemonicLastQuarter), Range(20260701, 20260930));
-  // 31 July: last month (June) has 30 days; the quarter began 1 July.
-  EXPECT_EQ(rangeOn(20250731, kMnemonicLastMonth), Range(20250601, 20250630));
-  EXPECT_EQ(rangeOn(20250731, kMnemonicLastQuarter), Range(20250401, 20250630));
-  EXPECT_EQ(rangeOn(20251001, kMnemonicLastQuarter), Range(20250701, 20250930));
+TEST(DateRanges, PeriodsAroundTheirFirstAndLastDays) {
+  struct Case {
+    DateNumber today;
+    int mnemonic;
+    DateNumber start, end;
+  };
+  // clang-format off
+  const Case cases[] = {
+      // Wednesday 13 May 2026, midweek and mid-quarter; unknown mnemonics mean today.
+      {20260513, kMnemonicToday, 20260513, 20260513}, {20260513, 14, 20260513, 20260513},
+      {20260513, -1, 20260513, 20260513},
+      {20260513, kMnemonicYesterday, 20260512, 20260512},
+      {20260513, kMnemonicLastWeek, 20260503, 20260509},
+      {20260513, kMnemonicLastMonth, 20260401, 20260430},
+      {20260513, kMnemonicLastQuarter, 20260101, 20260331},
+      {20260513, kMnemonicLastYear, 20250101, 20251231},
+      {20260513, kMnemonicThisWeek, 20260510, 20260516},
+      {20260513, kMnemonicThisMonth, 20260501, 20260531},
+      {20260513, kMnemonicThisQuarter, 20260401, 20260630},
+      {20260513, kMnemonicThisYear, 20260101, 20261231},
+      {20260513, kMnemonicWeekToDate, 20260510, 20260513},
+      {20260513, kMnemonicMonthToDate, 20260501, 20260513},
+      {20260513, kMnemonicQuarterToDate, 20260401, 20260513},
+      {20260513, kMnemonicYearToDate, 20260101, 20260513},
+      // Sunday 1 January 2023: every period starts today.
+      {20230101, kMnemonicYesterday, 20221231, 20221231},
+      {20230101, kMnemonicLastWeek, 20221225, 20221231},
+      {20230101, kMnemonicLastMonth, 20221201, 20221231},
+      {20230101, kMnemonicLastQuarter, 20221001, 20221231},
+      {20230101, kMnemonicLastYear, 20220101, 20221231},
+      {20230101, kMnemonicThisWeek, 20230101, 20230107},
+      {20230101, kMnemonicWeekToDate, 20230101, 20230101},
+      {20230101, kMnemonicMonthToDate, 20230101, 20230101},
+      {20230101, kMnemonicQuarterToDate, 20230101, 20230101},
+      {20230101, kMnemonicYearToDate, 20230101, 20230101},
+      // Saturday 31 March 2018, the last day of a week and a quarter.
+      {20180331, kMnemonicThisWeek, 20180325, 20180331},
+      {20180331, kMnemonicWeekToDate, 20180325, 20180331},
+      {20180331, kMnemonicLastWeek, 20180318, 20180324},
+      {20180331, kMnemonicLastMonth, 20180201, 20180228},
+      {20180331, kMnemonicThisQuarter, 20180101, 20180331},
+      {20180331, kMnemonicLastQuarter, 20171001, 20171231},
+      {20180331, kMnemonicQuarterToDate, 20180101, 20180331},
+      // Tuesday 1 March 2016: a 29-day February, and a week begun in February.
+      {20160301, kMnemonicLastMonth, 20160201, 20160229},
+      {20160301, kMnemonicThisWeek, 20160228, 20160305},
+      {20160301, kMnemonicWeekToDate, 20160228, 20160301},
+      {20160301, kMnemonicYesterday, 20160229, 20160229},
+      // Thursday 31 December 2026: this week runs into the next year.
+      {20261231, kMnemonicThisWeek, 20261227, 20270102},
+      {20261231, kMnemonicThisQuarter, 20261001, 20261231},
+      {20261231, kMnemonicLastQuarter, 20260701, 20260930},
+      {20261231, kMnemonicThisYear, 20260101, 20261231},
+      {20250731, kMnemonicLastMonth, 20250601, 20250630},
+      {20250731, kMnemonicLastQuarter, 20250401, 20250630},
+      {20251001, kMnemonicLastQuarter, 20250701, 20250930}};
+  // clang-format on
+  for (const Case& c : cases) {
+    EXPECT_EQ(rangeOn(c.today, c.mnemonic), std::make_pair(c.start, c.end))
+        << "mnemonic " << c.mnemonic << " on " << c.today;
+  }
 }
 
 TEST(DateRanges, ShortestDateFormat) {

@@ -5,6 +5,7 @@
 
 #include <set>
 #include <string>
+#include <utility>
 
 namespace tarn {
 namespace {
@@ -32,35 +33,35 @@ TEST(Encodings, EveryTableEntryOpensAnIcuConverterAndRoundTrips) {
   EXPECT_EQ(NameOfStringEncoding(999), "");
 }
 
-TEST(Encodings, EightBitEncodingsReadTheirOwnBytes) {
-  EXPECT_EQ(DecodeToUtf8("Caf\xE9", kISOLatin1StringEncoding), "Café");
-  EXPECT_EQ(EncodeFromUtf8("Café", kISOLatin1StringEncoding), "Caf\xE9");
-  EXPECT_EQ(DecodeToUtf8("Caf\x8E", kMacOSRomanStringEncoding), "Café");
-  EXPECT_EQ(EncodeFromUtf8("Café", kMacOSRomanStringEncoding), "Caf\x8E");
-  EXPECT_EQ(DecodeToUtf8("\x80 5", kWindowsCP1252StringEncoding), "€ 5");
-  EXPECT_EQ(EncodeFromUtf8("€ 5", kWindowsCP1252StringEncoding), "\x80 5");
-  // In ISO Latin 1, 0x80 is a control character, not the euro sign.
-  EXPECT_EQ(DecodeToUtf8("\x80", kISOLatin1StringEncoding), "\xC2\x80");
-  EXPECT_EQ(DecodeToUtf8("\xC1\xE8", kWindowsCP1251StringEncoding), "Би");
-  EXPECT_EQ(DecodeToUtf8("\xB9", kWindowsCP1250StringEncoding), "ą");
-  EXPECT_EQ(DecodeToUtf8("\xE9", kWindowsCP1253StringEncoding), "ι");
-}
-
-TEST(Encodings, UnicodeEncodingsAndByteOrderMarks) {
-  const std::string bigEndian("\xFE\xFF\x00\x43\x00\xE9", 6);
-  const std::string littleEndian("\xFF\xFE\x43\x00\xE9\x00", 6);
-  EXPECT_EQ(DecodeToUtf8(bigEndian, kUnicodeStringEncoding), "Cé");
-  EXPECT_EQ(DecodeToUtf8(littleEndian, kUnicodeStringEncoding), "Cé");
-  EXPECT_EQ(EncodeFromUtf8("Cé", kUnicodeStringEncoding), littleEndian);
-  EXPECT_EQ(EncodeFromUtf8("Cé", kUTF16BigEndianStringEncoding),
-            std::string("\x00\x43\x00\xE9", 4));
-  EXPECT_EQ(DecodeToUtf8(std::string("\x43\x00", 2), kUTF16LittleEndianStringEncoding), "C");
-  EXPECT_EQ(DecodeToUtf8(std::string("\x00\x00\x00\x43", 4), kUTF32BigEndianStringEncoding), "C");
-  const std::optional<std::string> utf32 = EncodeFromUtf8("😀", kUTF32StringEncoding);
-  EXPECT_EQ(utf32, std::string("\xFF\xFE\x00\x00\x00\xF6\x01\x00", 8));
-  EXPECT_EQ(DecodeToUtf8(*utf32, kUTF32StringEncoding), "😀");
-  EXPECT_EQ(DecodeToUtf8("\xEF\xBB\xBFName", kUTF8StringEncoding), "Name");
-  EXPECT_EQ(DecodeToUtf8("\xE2\x82\xAC", kUTF8StringEncoding), "€");
+TEST(Encodings, DecodesAndEncodesTheirOwnBytes) {
+  struct Case {
+    std::string utf8, bytes;
+    StringEncoding encoding;
+  };
+  using std::string_literals::operator""s;
+  // clang-format off
+  const Case both[] = {  // decoded and encoded both ways
+      {"Café", "Caf\xE9", kISOLatin1StringEncoding}, {"Café", "Caf\x8E", kMacOSRomanStringEncoding},
+      {"€ 5", "\x80 5", kWindowsCP1252StringEncoding}, {"", "", kWindowsCP1252StringEncoding},
+      {"Привет", "\xCF\xF0\xE8\xE2\xE5\xF2", kWindowsCP1251StringEncoding},
+      {"Cé", "\xFF\xFE\x43\x00\xE9\x00"s, kUnicodeStringEncoding},
+      {"Cé", "\x00\x43\x00\xE9"s, kUTF16BigEndianStringEncoding},
+      {"😀", "\xFF\xFE\x00\x00\x00\xF6\x01\x00"s, kUTF32StringEncoding}};
+  // clang-format on
+  for (const Case& c : both) {
+    EXPECT_EQ(DecodeToUtf8(c.bytes, c.encoding), c.utf8) << c.utf8;
+    EXPECT_EQ(EncodeFromUtf8(c.utf8, c.encoding), c.bytes) << c.utf8;
+  }
+  // clang-format off
+  const Case decoded[] = {
+      {"\xC2\x80", "\x80", kISOLatin1StringEncoding},  // a control character, not the euro
+      {"Би", "\xC1\xE8", kWindowsCP1251StringEncoding}, {"ą", "\xB9", kWindowsCP1250StringEncoding},
+      {"ι", "\xE9", kWindowsCP1253StringEncoding}, {"C", "\x43\x00"s, kUTF16LittleEndianStringEncoding},
+      {"Cé", "\xFE\xFF\x00\x43\x00\xE9"s, kUnicodeStringEncoding},
+      {"C", "\x00\x00\x00\x43"s, kUTF32BigEndianStringEncoding},
+      {"Name", "\xEF\xBB\xBFName", kUTF8StringEncoding}};
+  // clang-format on
+  for (const Case& c : decoded) EXPECT_EQ(DecodeToUtf8(c.bytes, c.encoding), c.utf8) << c.utf8;
 }
 
 TEST(Encodings, InvalidOrUnmappableTextGivesNothing) {
@@ -68,40 +69,35 @@ TEST(Encodings, InvalidOrUnmappableTextGivesNothing) {
   EXPECT_FALSE(DecodeToUtf8("\xC0\xAF", kUTF8StringEncoding));      // overlong
   EXPECT_FALSE(DecodeToUtf8("\xED\xA0\x80", kUTF8StringEncoding));  // surrogate
   EXPECT_FALSE(DecodeToUtf8("caf\xE9", kASCIIStringEncoding));
-  EXPECT_FALSE(
-      DecodeToUtf8(std::string("\xFF\xFE\x00\xD8", 4), kUnicodeStringEncoding));  // lone surrogate
-  EXPECT_FALSE(DecodeToUtf8("\x43\x00\xE9", kUTF16LittleEndianStringEncoding));   // odd length
+  EXPECT_FALSE(DecodeToUtf8(std::string("\xFF\xFE\x00\xD8", 4), kUnicodeStringEncoding));
+  EXPECT_FALSE(DecodeToUtf8("\x43\x00\xE9", kUTF16LittleEndianStringEncoding));  // odd length
   EXPECT_FALSE(EncodeFromUtf8("€", kISOLatin1StringEncoding));
   EXPECT_FALSE(EncodeFromUtf8("Café", kASCIIStringEncoding));
   EXPECT_FALSE(EncodeFromUtf8("Привет", kWindowsCP1252StringEncoding));
   EXPECT_FALSE(EncodeFromUtf8("Caf\xC3", kWindowsCP1252StringEncoding));  // not UTF-8
   EXPECT_FALSE(EncodeFromUtf8("Caf\xC3", kUTF8StringEncoding));
-  EXPECT_EQ(EncodeFromUtf8("Привет", kWindowsCP1251StringEncoding), "\xCF\xF0\xE8\xE2\xE5\xF2");
-  EXPECT_EQ(DecodeToUtf8("", kWindowsCP1252StringEncoding), "");
 }
 
 TEST(Encodings, WindowsCodePagesAndCharsetNames) {
-  EXPECT_EQ(EncodingForWindowsCodePage(1252), kWindowsCP1252StringEncoding);
-  EXPECT_EQ(EncodingForWindowsCodePage(1251), kWindowsCP1251StringEncoding);
-  EXPECT_EQ(EncodingForWindowsCodePage(1250), kWindowsCP1250StringEncoding);
-  EXPECT_EQ(EncodingForWindowsCodePage(1253), kWindowsCP1253StringEncoding);
-  EXPECT_EQ(EncodingForWindowsCodePage(1254), kWindowsCP1254StringEncoding);
-  EXPECT_EQ(EncodingForWindowsCodePage(1257), 0x80000507u);
-  EXPECT_EQ(EncodingForWindowsCodePage(437), 0x80000400u);
-  EXPECT_EQ(EncodingForWindowsCodePage(65001), kUTF8StringEncoding);
-  EXPECT_EQ(EncodingForWindowsCodePage(28591), kISOLatin1StringEncoding);
-  EXPECT_EQ(EncodingForWindowsCodePage(10000), kMacOSRomanStringEncoding);
-  EXPECT_EQ(EncodingForWindowsCodePage(932), kShiftJISStringEncoding);
+  // clang-format off
+  const std::pair<unsigned, StringEncoding> pages[] = {
+      {1252, kWindowsCP1252StringEncoding}, {1251, kWindowsCP1251StringEncoding},
+      {1250, kWindowsCP1250StringEncoding}, {1253, kWindowsCP1253StringEncoding},
+      {1254, kWindowsCP1254StringEncoding}, {1257, 0x80000507u}, {437, 0x80000400u},
+      {65001, kUTF8StringEncoding}, {28591, kISOLatin1StringEncoding},
+      {10000, kMacOSRomanStringEncoding}, {932, kShiftJISStringEncoding}};
+  // clang-format on
+  for (const auto& [page, encoding] : pages) EXPECT_EQ(EncodingForWindowsCodePage(page), encoding);
   EXPECT_FALSE(EncodingForWindowsCodePage(0));
   EXPECT_FALSE(EncodingForWindowsCodePage(4242));
   EXPECT_EQ(DecodeToUtf8("\xE0", *EncodingForWindowsCodePage(1257)), "ą");
-
-  EXPECT_EQ(EncodingForCharsetName("UTF-8"), kUTF8StringEncoding);
-  EXPECT_EQ(EncodingForCharsetName("utf8"), kUTF8StringEncoding);
-  EXPECT_EQ(EncodingForCharsetName("latin1"), kISOLatin1StringEncoding);
-  EXPECT_EQ(EncodingForCharsetName("ANSI_X3.4-1968"), kASCIIStringEncoding);
-  EXPECT_EQ(EncodingForCharsetName("CP1251"), kWindowsCP1251StringEncoding);
-  EXPECT_EQ(EncodingForCharsetName("ISO-8859-15"), 0x8000020Fu);
+  // clang-format off
+  const std::pair<const char*, StringEncoding> names[] = {
+      {"UTF-8", kUTF8StringEncoding}, {"utf8", kUTF8StringEncoding},
+      {"latin1", kISOLatin1StringEncoding}, {"ANSI_X3.4-1968", kASCIIStringEncoding},
+      {"CP1251", kWindowsCP1251StringEncoding}, {"ISO-8859-15", 0x8000020Fu}};
+  // clang-format on
+  for (const auto& [name, encoding] : names) EXPECT_EQ(EncodingForCharsetName(name), encoding);
   EXPECT_FALSE(EncodingForCharsetName("no-such-charset"));
 }
 

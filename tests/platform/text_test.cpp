@@ -16,42 +16,37 @@ int foldedOrder(std::string_view a, std::string_view b) {
   return (order > 0) - (order < 0);
 }
 
-TEST(Text, AsciiComparisonIgnoresCaseAndShorterPrefixesComeFirst) {
-  EXPECT_EQ(CaseInsensitiveCompare("apple", "APPLE"), 0);
-  EXPECT_EQ(CaseInsensitiveCompare("apple", "Banana"), -1);
-  EXPECT_EQ(CaseInsensitiveCompare("Zebra", "apple"), 1);
-  EXPECT_EQ(CaseInsensitiveCompare("Rent", "rent payment"), -1);
-  EXPECT_EQ(CaseInsensitiveCompare("rent payment", "RENT"), 1);
-  EXPECT_EQ(CaseInsensitiveCompare("", ""), 0);
-  EXPECT_EQ(CaseInsensitiveCompare("", "a"), -1);
-  // '_' (0x5F) sits between the upper and lower case letters: folding to lower
-  // case puts it before every letter, whatever case the letter has.
-  EXPECT_EQ(CaseInsensitiveCompare("_", "a"), -1);
-  EXPECT_EQ(CaseInsensitiveCompare("_", "A"), -1);
-  EXPECT_TRUE(CaseInsensitiveEqual("Groceries", "gROCERIES"));
-  EXPECT_FALSE(CaseInsensitiveEqual("Groceries", "Grocerie"));
+// Longer than the stack buffer that short texts are folded into.
+std::string longMemo() {
+  std::string memo;
+  for (int i = 0; i < 300; ++i) memo += "é";
+  return memo + "Zürich";
 }
 
-TEST(Text, NonAsciiNamesFoldFully) {
-  EXPECT_TRUE(CaseInsensitiveEqual("Café", "CAFÉ"));
-  EXPECT_TRUE(CaseInsensitiveEqual("ÉPICERIE", "épicerie"));
-  EXPECT_TRUE(CaseInsensitiveEqual("straße", "STRASSE"));
-  EXPECT_TRUE(CaseInsensitiveEqual("Straße", "strasse"));
-  EXPECT_TRUE(CaseInsensitiveEqual("ΌΣΟΣ", "όσος"));  // final sigma
-  EXPECT_TRUE(
-      CaseInsensitiveEqual("\xE2\x84\xAA"
-                           "elvin",
-                           "kelvin"));  // Kelvin sign
-  EXPECT_TRUE(
-      CaseInsensitiveEqual("\xEF\xAC\x83"
-                           "x",
-                           "FFIX"));                        // ffi ligature
-  EXPECT_TRUE(CaseInsensitiveEqual("\xE1\xBA\x9E", "ss"));  // capital sharp s
-  EXPECT_FALSE(CaseInsensitiveEqual("Cafe", "Café"));
-  EXPECT_EQ(CaseInsensitiveCompare("straße", "strasser"), -1);
-  EXPECT_EQ(CaseInsensitiveCompare("Épicerie", "epicerie"), 1);  // é after e
+TEST(Text, ComparisonIgnoresCaseAndFoldsNonAsciiFully) {
+  struct Case {
+    std::string a, b;
+    int order;
+  };
+  // Full folding itself is checked against ICU below.
+  // clang-format off
+  const Case cases[] = {
+      {"apple", "APPLE", 0}, {"apple", "Banana", -1}, {"Zebra", "apple", 1}, {"", "", 0},
+      {"Rent", "rent payment", -1}, {"", "a", -1}, {"Groceries", "Grocerie", 1},
+      {"_", "a", -1}, {"_", "A", -1},  // '_' lies between the cases: folding puts it first
+      {"Café", "CAFÉ", 0}, {"ÉPICERIE", "épicerie", 0}, {"Straße", "strasse", 0},
+      {"Cafe", "Café", -1}, {"straße", "strasser", -1}, {"Épicerie", "epicerie", 1},
+      {"Caf\xC3", "Caf\xC3", 0}, {"Caf\xC3", "Café", -1}};  // the é cut short
+  // clang-format on
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.a + " / " + c.b);
+    EXPECT_EQ(CaseInsensitiveCompare(c.a, c.b), c.order);
+    EXPECT_EQ(CaseInsensitiveCompare(c.b, c.a), -c.order);
+    EXPECT_EQ(CaseInsensitiveEqual(c.a, c.b), c.order == 0);
+  }
   EXPECT_EQ(CaseFold("Straße ÉTÉ"), "strasse été");
   EXPECT_EQ(CaseFold("MIXED Case 42"), "mixed case 42");
+  EXPECT_EQ(CaseFold("A\x80Z"), "a\x80z");
 }
 
 TEST(Text, ComparisonIsATotalOrderThatAgreesWithTheFoldedTexts) {
@@ -76,78 +71,53 @@ TEST(Text, ComparisonIsATotalOrderThatAgreesWithTheFoldedTexts) {
   }
 }
 
-TEST(Text, InvalidUtf8IsComparedAndSearchedWithoutHarm) {
-  const std::string broken = "Caf\xC3";  // the é cut short
-  EXPECT_EQ(CaseInsensitiveCompare(broken, broken), 0);
-  EXPECT_FALSE(CaseInsensitiveEqual(broken, "Café"));
-  EXPECT_TRUE(CaseInsensitiveContains("\xFF\xFEMarché\xFF", "MARCHÉ"));
-  EXPECT_TRUE(CaseInsensitiveContains("x\xE2\x82", "X\xE2\x82", TextAnchor::Whole));
-  EXPECT_FALSE(CaseInsensitiveContains("\xF0\x9F", "\xF0\x9F\x98\x80"));
-  EXPECT_EQ(CaseFold("A\x80Z"), "a\x80z");
-}
-
 TEST(Text, SearchHonoursItsAnchor) {
-  const std::string name = "Épicerie du Coin";
-  EXPECT_TRUE(CaseInsensitiveContains(name, "DU"));
-  EXPECT_TRUE(CaseInsensitiveContains(name, "épi", TextAnchor::AtStart));
-  EXPECT_FALSE(CaseInsensitiveContains(name, "cerie", TextAnchor::AtStart));
-  EXPECT_TRUE(CaseInsensitiveContains(name, "COIN", TextAnchor::AtEnd));
-  EXPECT_FALSE(CaseInsensitiveContains(name, "du", TextAnchor::AtEnd));
-  EXPECT_TRUE(CaseInsensitiveContains(name, "ÉPICERIE DU COIN", TextAnchor::Whole));
-  EXPECT_FALSE(CaseInsensitiveContains(name, "ÉPICERIE DU", TextAnchor::Whole));
-  EXPECT_FALSE(CaseInsensitiveContains("Rent", "rents"));
-  EXPECT_FALSE(CaseInsensitiveContains("Rent", "rents", TextAnchor::AtEnd));
-  EXPECT_TRUE(CaseInsensitiveContains("Monthly RENT", "rent", TextAnchor::AtEnd));
-  EXPECT_FALSE(CaseInsensitiveContains("Monthly RENT", "monthly", TextAnchor::AtEnd));
-  // Searches run on folded texts: an expansion can hold the match, and a
-  // needle longer in bytes than the haystack can still be found.
-  EXPECT_FALSE(CaseInsensitiveContains("Große Straße", "SS", TextAnchor::AtEnd));
-  EXPECT_TRUE(CaseInsensitiveContains("Große Straße", "SSE", TextAnchor::AtEnd));
-  EXPECT_TRUE(CaseInsensitiveContains("Große", "GROSS", TextAnchor::AtStart));
-  EXPECT_TRUE(CaseInsensitiveContains("\xCE\x90", "\xCE\xB9\xCC\x88\xCC\x81", TextAnchor::Whole));
-  EXPECT_TRUE(
-      CaseInsensitiveContains("\xE2\x84\xAA"
-                              "ilo",
-                              "kilo", TextAnchor::AtStart));
-}
-
-TEST(Text, EmptyNeedlesAndLongHaystacks) {
-  for (TextAnchor anchor : {TextAnchor::Anywhere, TextAnchor::AtStart, TextAnchor::AtEnd}) {
+  using enum TextAnchor;
+  struct Case {
+    std::string haystack, needle;
+    TextAnchor anchor;
+    bool found;
+  };
+  const std::string memo = longMemo();
+  // Searches run on folded texts: an expansion can hold the match, and a needle
+  // longer in bytes than the haystack can still be found.
+  // clang-format off
+  const Case cases[] = {
+      {"Épicerie du Coin", "DU", Anywhere, true},  {"Épicerie du Coin", "épi", AtStart, true},
+      {"Épicerie du Coin", "cerie", AtStart, false}, {"Épicerie du Coin", "COIN", AtEnd, true},
+      {"Épicerie du Coin", "du", AtEnd, false},
+      {"Épicerie du Coin", "ÉPICERIE DU COIN", Whole, true},
+      {"Épicerie du Coin", "ÉPICERIE DU", Whole, false},
+      {"Rent", "rents", Anywhere, false}, {"Rent", "rents", AtEnd, false},
+      {"Monthly RENT", "rent", AtEnd, true}, {"Monthly RENT", "monthly", AtEnd, false},
+      {"Große Straße", "SS", AtEnd, false}, {"Große Straße", "SSE", AtEnd, true},
+      {"Große", "GROSS", AtStart, true}, {"\xCE\x90", "\xCE\xB9\xCC\x88\xCC\x81", Whole, true},
+      {"\xE2\x84\xAA" "ilo", "kilo", AtStart, true},
+      {"anything", "", Whole, false}, {"", "", Whole, true},
+      {"\xFF\xFEMarché\xFF", "MARCHÉ", Anywhere, true},  // invalid UTF-8 does no harm
+      {"x\xE2\x82", "X\xE2\x82", Whole, true}, {"\xF0\x9F", "\xF0\x9F\x98\x80", Anywhere, false},
+      {memo, "ÉÉZÜRICH", AtEnd, true}, {memo, "ZÜRICHE", Anywhere, false}};
+  // clang-format on
+  for (const Case& c : cases) {
+    EXPECT_EQ(CaseInsensitiveContains(c.haystack, c.needle, c.anchor), c.found)
+        << c.needle << " in " << c.haystack.substr(0, 20);
+  }
+  for (TextAnchor anchor : {Anywhere, AtStart, AtEnd}) {
     EXPECT_TRUE(CaseInsensitiveContains("anything", "", anchor));
     EXPECT_TRUE(CaseInsensitiveContains("", "", anchor));
     EXPECT_FALSE(CaseInsensitiveContains("", "x", anchor));
-    EXPECT_TRUE(CaseInsensitiveMatcher("", anchor).matches("Ünïcödé"));
   }
-  EXPECT_FALSE(CaseInsensitiveContains("anything", "", TextAnchor::Whole));
-  EXPECT_TRUE(CaseInsensitiveContains("", "", TextAnchor::Whole));
-
-  // Longer than the stack buffer that short texts are folded into.
-  std::string memo;
-  for (int i = 0; i < 300; ++i) memo += "é";
-  memo += "Zürich";
-  EXPECT_TRUE(CaseInsensitiveContains(memo, "ÉÉZÜRICH", TextAnchor::AtEnd));
-  EXPECT_TRUE(CaseInsensitiveMatcher("ÉZÜR").matches(memo));
-  EXPECT_FALSE(CaseInsensitiveMatcher("ZÜRICHE").matches(memo));
 }
 
 TEST(Text, MatcherAgreesWithTheOneShotSearch) {
-  const std::vector<std::string> haystacks = {"",
-                                              "Rent",
-                                              "Monthly RENT",
-                                              "Café",
-                                              "CAFÉ CRÈME",
-                                              "Große Straße",
-                                              "strasse",
-                                              "\xE2\x84\xAA"
-                                              "ilo",
-                                              "kilo",
-                                              "Épicerie du Coin",
-                                              "\xFF"
-                                              "bad",
-                                              "ΌΣΟΣ"};
-  const std::vector<std::string> needles = {
-      "",   "rent", "RE", "é",   "CAFÉ", "ss", "STRASSE",      "k",   "KILO",
-      "du", "bad",  "σ",  "ΣΟΣ", "Ö",    "ß",  "\xE2\x84\xAA", "\xFF"};
+  const std::string memo = longMemo();
+  // clang-format off
+  const std::vector<std::string> haystacks = {
+      "", "Rent", "Monthly RENT", "Café", "CAFÉ CRÈME", "Große Straße", "strasse", memo, "kilo",
+      "Épicerie du Coin", "\xFF" "bad", "ΌΣΟΣ", "\xE2\x84\xAA" "ilo", "Ünïcödé"};
+  const std::vector<std::string> needles = {"", "rent", "RE", "é", "CAFÉ", "ss", "STRASSE", "k",
+      "KILO", "ÉZÜR", "du", "bad", "σ", "ΣΟΣ", "Ö", "ß", "\xE2\x84\xAA", "\xFF"};
+  // clang-format on
   for (TextAnchor anchor :
        {TextAnchor::Anywhere, TextAnchor::AtStart, TextAnchor::AtEnd, TextAnchor::Whole}) {
     for (const auto& needle : needles) {
@@ -162,7 +132,6 @@ TEST(Text, MatcherAgreesWithTheOneShotSearch) {
   EXPECT_EQ(CaseInsensitiveMatcher("STRAßE").foldedNeedle(), "strasse");
   EXPECT_TRUE(CaseInsensitiveMatcher("SS", TextAnchor::AtEnd).matches("Strauß"));
   EXPECT_TRUE(CaseInsensitiveMatcher("k", TextAnchor::Whole).matches("\xE2\x84\xAA"));
-  EXPECT_FALSE(CaseInsensitiveMatcher("é").matches("Cafe"));
 }
 
 TEST(Text, FoldingAgreesWithIcuForEveryCodePoint) {
@@ -189,7 +158,6 @@ TEST(Text, FoldingAgreesWithIcuForEveryCodePoint) {
 
 TEST(Text, IsAsciiLooksAtEveryByte) {
   EXPECT_TRUE(IsAscii(""));
-  EXPECT_TRUE(IsAscii("plain ascii text of some length"));
   for (size_t length = 1; length < 20; ++length) {
     for (size_t at = 0; at < length; ++at) {
       std::string text(length, 'a');

