@@ -23,42 +23,32 @@ std::vector<int> Numbers(const TARNAccount::Entries& entries) {
 
 TEST(AccountFolder, NameEntriesTotalAndDictionary) {
   TARNAccountFolder folder;
-  EXPECT_EQ(folder.name(), "Untitled");
   folder.setName("Taxes");
   folder.setName(std::nullopt);
   EXPECT_EQ(folder.name(), "Untitled");
-
   folder.setEntries({MakeEntry(1, 20240101, -10.25), MakeEntry(2, 20240102, 4.0),
                      MakeEntry(3, 20240103, -100.0)});
   folder.entries()[2]->SetVoid(true);
-  EXPECT_DOUBLE_EQ(folder.total(), -6.25);
   folder.setName("Taxes");
   auto copy = TARNAccountFolder::initWithDictionary(folder.asDictionary());
   ASSERT_NE(copy, nullptr);
   EXPECT_EQ(copy->asDictionary(), folder.asDictionary());
   EXPECT_EQ(Numbers(copy->entries()), (std::vector<int>{1, 2, 3}));
   EXPECT_DOUBLE_EQ(copy->total(), -6.25);
-
-  EXPECT_EQ(TARNAccountFolder::initWithDictionary(plist::Value())->entries().size(), 0u);
   EXPECT_EQ(TARNAccountFolder::initWithDictionary(plist::Value(3)), nullptr);
 
   // Entry problems are told with the account loader's words.
   CapturedLog log;
   plist::Value bad(plist::Dictionary{{"entries", plist::Value("x")}});
-  auto folderWithBadList = TARNAccountFolder::initWithDictionary(bad);
+  TARNAccountFolder::initWithDictionary(bad);
   EXPECT_EQ(log.lines(),
             std::vector<std::string>{"Invalid theArray supplied to -[TARNAccount InitEntries]"});
-  EXPECT_EQ(folderWithBadList->name(), "Untitled");
   log.clear();
   bad.set("entries", plist::Array{plist::Value(1), MakeEntry(9, 20240101, 1.0)->asDictionary()});
-  bad.set("name", plist::Value(5));
   auto partly = TARNAccountFolder::initWithDictionary(bad);
   EXPECT_EQ(log.lines(),
             std::vector<std::string>{"Invalid theValue encountered in -[TARNAccount InitEntries]"});
   EXPECT_EQ(Numbers(partly->entries()), std::vector<int>{9});
-  EXPECT_EQ(partly->name(), "Untitled");
-  EXPECT_EQ(partly->InitEntries(plist::Value(2.0)), nullptr);
-  EXPECT_EQ(partly->entries().size(), 1u);
 }
 
 TEST(AccountFolders, ListsIgnoreDuplicatesAbsenteesAndBadIndexes) {
@@ -66,43 +56,29 @@ TEST(AccountFolders, ListsIgnoreDuplicatesAbsenteesAndBadIndexes) {
   account.removeAllSmartFolders();
   auto a = std::make_shared<TARNFilter>();
   auto b = std::make_shared<TARNFilter>();
-  account.addSmartFolder(a);
-  account.addSmartFolder(a);
-  account.addSmartFolder(nullptr);
-  account.addSmartFolder(b);
-  EXPECT_EQ(account.smartFolders(), (TARNAccount::Filters{a, b}));
+  for (const auto& each : {a, a, std::shared_ptr<TARNFilter>(), b}) account.addSmartFolder(each);
   account.removeSmartFolder(std::make_shared<TARNFilter>());
   account.removeSmartFolderAtIndex(-1);
   account.removeSmartFolderAtIndex(2);
-  EXPECT_EQ(account.smartFolders().size(), 2u);
+  EXPECT_EQ(account.smartFolders(), (TARNAccount::Filters{a, b}));
   account.removeSmartFolderAtIndex(0);
   EXPECT_EQ(account.smartFolders(), TARNAccount::Filters{b});
 
   auto f = std::make_shared<TARNAccountFolder>();
   auto g = std::make_shared<TARNAccountFolder>();
-  account.addFolder(f);
-  account.addFolder(f);
-  account.addFolder(g);
+  for (const auto& each : {f, f, g}) account.addFolder(each);
   account.removeFolderAtIndex(5);
   account.removeFolder(std::make_shared<TARNAccountFolder>());
   EXPECT_EQ(account.folders(), (TARNAccount::Folders{f, g}));
   account.removeFolder(f);
   EXPECT_EQ(account.folders(), TARNAccount::Folders{g});
-  account.removeAllFolders();
-  EXPECT_TRUE(account.folders().empty());
 
-  // SetFolders points folder entries at the account.
+  // SetFolders points folder entries at the account; selections are not kept alive.
   auto h = std::make_shared<TARNAccountFolder>();
   h->setEntries({MakeEntry(1, 20240101, 1.0)});
   account.SetFolders({h});
   EXPECT_EQ(h->entries()[0]->GetAccount(), &account);
-
-  // Selections are not kept alive by the account.
-  {
-    auto transient = std::make_shared<TARNAccountFolder>();
-    account.setFolder(transient);
-    EXPECT_EQ(account.folder(), transient);
-  }
+  account.setFolder(std::make_shared<TARNAccountFolder>());
   EXPECT_EQ(account.folder(), nullptr);
 }
 
@@ -110,8 +86,6 @@ TEST(AccountFolders, AddAndRemoveEntries) {
   TARNAccount account;
   auto inRegister = MakeEntry(1, 20240101, -5.0);
   account.AddEntry(inRegister);
-  account.AddEntry(nullptr);
-  EXPECT_EQ(inRegister->GetAccount(), &account);
   auto folder = std::make_shared<TARNAccountFolder>();
   account.addFolder(folder);
   account.setFolder(folder);
@@ -120,13 +94,10 @@ TEST(AccountFolders, AddAndRemoveEntries) {
   EXPECT_EQ(Numbers(account.GetEntries()), std::vector<int>{1});
   EXPECT_EQ(Numbers(folder->entries()), std::vector<int>{2});
   EXPECT_EQ(inFolder->GetAccount(), &account);
-
   account.RemoveEntry(inFolder);
   EXPECT_TRUE(folder->entries().empty());
   account.RemoveEntry(inRegister);
   EXPECT_TRUE(account.GetEntries().empty());
-  EXPECT_EQ(account.NextAvailableNumber(), 1);
-  EXPECT_EQ(account.NextAvailableNumber(), 2);
 }
 
 struct ConditionSummary {

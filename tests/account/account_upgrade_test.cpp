@@ -12,8 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "tarn/platform/error.h"
-#include "tarn/platform/log.h"
+#include "account_test_support.h"
 
 namespace tarn {
 namespace {
@@ -21,20 +20,13 @@ namespace {
 using plist::Array;
 using plist::Dictionary;
 using plist::Value;
+using testing::CapturedLog;
 using Upgrade = AccountDictionaryUpgrade;
+using Numbers = std::vector<std::int64_t>;
+using Lines = std::vector<std::string>;
 
 constexpr std::int64_t k15March2007 = 1173916800;  // seconds since 1970, midnight
-
-class LogCapture {
- public:
-  LogCapture()
-      : previous_(SetLogSink([this](std::string_view line) { lines.emplace_back(line); })) {}
-  ~LogCapture() { SetLogSink(std::move(previous_)); }
-  std::vector<std::string> lines;
-
- private:
-  LogSink previous_;
-};
+const std::string kInit = " in -[TARNAccount initWithDictionary:]";
 
 // Old preferences handed to the version-2 step, restored on leaving the scope.
 class PreferencesScope {
@@ -47,37 +39,12 @@ class PreferencesScope {
   Upgrade::PreferencesLoader previous_;
 };
 
-// A temporary home directory for the tests that read the real preferences file.
-class HomeScope {
- public:
-  HomeScope() {
-    if (const char* home = std::getenv("HOME")) previous_ = home;
-    path_ = std::filesystem::temp_directory_path() /
-            ("tarn-upgrade-home-" + std::to_string(::getpid()));
-    std::filesystem::remove_all(path_);
-    std::filesystem::create_directories(path_);
-    setenv("HOME", path_.c_str(), 1);
-  }
-  ~HomeScope() {
-    if (previous_)
-      setenv("HOME", previous_->c_str(), 1);
-    else
-      unsetenv("HOME");
-    std::filesystem::remove_all(path_);
-  }
-  const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::optional<std::string> previous_;
-  std::filesystem::path path_;
-};
-
 Value entry(std::int64_t number, std::int32_t flags = 0) {
   return Dictionary{{"number", number}, {"entryFlags", flags}};
 }
 
-std::vector<std::int64_t> numbersOf(const Value& account) {
-  std::vector<std::int64_t> numbers;
+Numbers numbersOf(const Value& account) {
+  Numbers numbers;
   for (const Value& e : account.find("entries")->arrayValue())
     numbers.push_back(e.find("number")->longValue());
   return numbers;
@@ -88,61 +55,75 @@ const Value& entryAt(const Value& account, std::size_t index) {
 }
 
 TEST(AccountUpgrade, VersionZeroAbsentOrCurrentTouchesOnlyVersionAndNumber) {
-  Value absent;
-  EXPECT_EQ(Upgrade::UpdateAccountDictionary(absent), nullptr);
-  EXPECT_TRUE(absent.isNil());
-  Value notADictionary = Array{Value(1)};
-  EXPECT_EQ(Upgrade::UpdateAccountDictionary(notADictionary), nullptr);
-  EXPECT_EQ(notADictionary, Value(Array{Value(1)}));
-
+  for (Value notAnAccount : {Value(), Value(Array{Value(1)})}) {
+    const Value before = notAnAccount;
+    EXPECT_EQ(Upgrade::UpdateAccountDictionary(notAnAccount), nullptr);
+    EXPECT_EQ(notAnAccount, before);
+  }
+  const Value entries = Array{entry(5), entry(5)};
   for (Value version : {Value(), Value(0)}) {
-    Value account = Dictionary{{"name", "Checking"}, {"entries", Array{entry(5), entry(5)}}};
+    Value account = Dictionary{{"name", "Checking"}, {"entries", entries}};
     if (!version.isNil()) account.set("version", version);
     EXPECT_EQ(Upgrade::UpdateAccountDictionary(account), &account);
-    Value expected = Dictionary{{"name", "Checking"},
-                                {"entries", Array{entry(5), entry(5)}},
-                                {"version", 8},
-                                {"number", -1}};
-    EXPECT_EQ(account, expected);
+    EXPECT_EQ(account,
+              Value(Dictionary{
+                  {"name", "Checking"}, {"entries", entries}, {"version", 8}, {"number", -1}}));
   }
   // Version 8 and later fall through every step; a later version is brought back to 8.
   for (int version : {8, 9}) {
-    Value account = Dictionary{{"version", version}, {"entries", Array{entry(5), entry(5)}}};
+    Value account = Dictionary{{"version", version}, {"entries", entries}};
     Upgrade::UpdateAccountDictionary(account);
-    EXPECT_EQ(account, Value(Dictionary{{"version", 8}, {"entries", Array{entry(5), entry(5)}}}));
+    EXPECT_EQ(account, Value(Dictionary{{"version", 8}, {"entries", entries}}));
   }
 }
 
 TEST(AccountUpgrade, EntryNumbersOfVersionOneBecomeUnique) {
-  Value account = Dictionary{{"entries", Array{entry(5), entry(3), entry(5)}}};
-  Upgrade::makeEntryNumbersUnique(account);
-  EXPECT_EQ(numbersOf(account), (std::vector<std::int64_t>{5, 3, 6}));
+  // Fresh numbers start above the highest number of all; a missing number reads as 0.
+  const std::vector<std::pair<Array, Numbers>> cases = {
+      {{entry(5), entry(3), entry(5)}, {5, 3, 6}},
+      {{entry(2), entry(2), entry(2), entry(1), entry(9)}, {2, 10, 11, 1, 9}},
+      {{entry(0), Value(Dictionary{}), entry(-1), entry(-1)}, {0, 1, -1, 2}}};
+  for (const auto& [entries, expected] : cases) {
+    Value account = Dictionary{{"entries", entries}};
+    Upgrade::makeEntryNumbersUnique(account);
+    EXPECT_EQ(numbersOf(account), expected);
+  }
+}
 
-  // Fresh numbers start above the highest number of all, not of those seen so far.
-  account = Dictionary{{"entries", Array{entry(2), entry(2), entry(2), entry(1), entry(9)}}};
-  Upgrade::makeEntryNumbersUnique(account);
-  EXPECT_EQ(numbersOf(account), (std::vector<std::int64_t>{2, 10, 11, 1, 9}));
-
-  // Zero and missing numbers are numbers like any other (a missing one reads as 0).
-  account = Dictionary{{"entries", Array{entry(0), Value(Dictionary{}), entry(-1), entry(-1)}}};
-  Upgrade::makeEntryNumbersUnique(account);
-  EXPECT_EQ(numbersOf(account), (std::vector<std::int64_t>{0, 1, -1, 2}));
+TEST(AccountUpgrade, SharedNonTransferNumbersAreRenumberedFromVersionThree) {
+  struct Case {
+    std::optional<int> numberCount;
+    Array entries;
+    Numbers numbers;
+    int numberCountAfter;
+  };
+  const Case cases[] = {
+      // The first 7 is examined while its partner still carries 7, the second
+      // when nobody else does.
+      {10, {entry(7), entry(3), entry(7)}, {12, 3, 7}, 12},
+      // A transfer counts as a partner but keeps its own number.
+      {std::nullopt, {entry(5), entry(5, 4), entry(5), entry(5)}, {9, 5, 11, 12}, 12},
+      {2, {entry(1), entry(4)}, {1, 4}, 5}};
+  for (const Case& c : cases) {
+    Value account = Dictionary{{"entries", c.entries}};
+    if (c.numberCount) account.set("numberCount", *c.numberCount);
+    Upgrade::renumberSharedNonTransferNumbers(account);
+    EXPECT_EQ(numbersOf(account), c.numbers);
+    EXPECT_EQ(*account.find("numberCount"), Value(c.numberCountAfter));
+  }
 }
 
 TEST(AccountUpgrade, StepsLogMissingOrMalformedEntriesAndGoOn) {
-  LogCapture log;
+  CapturedLog log;
   Value account = Dictionary{{"startingBalance", 1.005}};
   Upgrade::makeEntryNumbersUnique(account);
   Upgrade::roundAmountsToCents(account);
   account.set("entries", "not an array");
   Upgrade::renumberSharedNonTransferNumbers(account);
   Upgrade::convertSecondsToDateNumbers(account);
-  EXPECT_EQ(log.lines,
-            (std::vector<std::string>{
-                "Account does not have entries in -[TARNAccount initWithDictionary:]",
-                "Account does not have entries in -[TARNAccount initWithDictionary:]",
-                "Account entries are in the wrong format in -[TARNAccount initWithDictionary:]",
-                "Account entries are in the wrong format in -[TARNAccount initWithDictionary:]"}));
+  const std::string missing = "Account does not have entries" + kInit;
+  const std::string wrong = "Account entries are in the wrong format" + kInit;
+  EXPECT_EQ(log.lines(), (Lines{missing, missing, wrong, wrong}));
   EXPECT_EQ(*account.find("startingBalance"), Value(1.01));
   EXPECT_EQ(account.find("numberCount"), nullptr);
 }
@@ -152,7 +133,7 @@ TEST(AccountUpgrade, VersionTwoTakesTypesFromOldPreferencesAndBuildsFlags) {
   const Value inactive = Array{Value(Dictionary{{"name", "Telex"}, {"number", 20}})};
   {
     PreferencesScope preferences(Dictionary{{"types", types}, {"inactiveTypes", inactive}});
-    LogCapture log;
+    CapturedLog log;
     Value account = Dictionary{
         {"name", "Savings"},
         {"types", Array{}},
@@ -161,7 +142,7 @@ TEST(AccountUpgrade, VersionTwoTakesTypesFromOldPreferencesAndBuildsFlags) {
                           Value(Dictionary{{"number", 9}, {"isDebit", 1}}),
                           Value(Dictionary{{"number", -3}}), Value("not an entry")}}};
     Upgrade::importTypesFromOldPreferences(account);
-    EXPECT_TRUE(log.lines.empty());
+    EXPECT_TRUE(log.lines().empty());
     EXPECT_EQ(*account.find("types"), types);
     EXPECT_EQ(*account.find("inactiveTypes"), inactive);
     std::vector<std::int32_t> flags;
@@ -170,98 +151,79 @@ TEST(AccountUpgrade, VersionTwoTakesTypesFromOldPreferencesAndBuildsFlags) {
     EXPECT_EQ(flags, (std::vector<std::int32_t>{17, 18, 1, 2}));
     EXPECT_EQ(*account.find("numberCount"), Value(42));
   }
-  {
-    PreferencesScope preferences(Dictionary{{"types", types}});
-    LogCapture log;
-    Value account = Dictionary{{"name", "Savings"}, {"inactiveTypes", inactive}};
-    Upgrade::importTypesFromOldPreferences(account);
-    account.set("entries", Dictionary{});
-    Upgrade::importTypesFromOldPreferences(account);
-    EXPECT_EQ(
-        log.lines,
-        (std::vector<std::string>{
-            "No inactiveTypes found while upgrading account Savings.  This could cause "
-            "inconsistent behavior.",
-            "Account does not have entries in TARNAccount:UpdateAccountDictionary:FromVersion",
-            "No inactiveTypes found while upgrading account Savings.  This could cause "
-            "inconsistent behavior.",
-            "Account entries are in the wrong format in "
-            "TARNAccount:UpdateAccountDictionary:FromVersion"}));
-    // What the account had is kept when the preferences have nothing to give.
-    EXPECT_EQ(*account.find("inactiveTypes"), inactive);
-    EXPECT_EQ(*account.find("numberCount"), Value(0));
-  }
+  PreferencesScope preferences(Dictionary{{"types", types}});
+  CapturedLog log;
+  Value account = Dictionary{{"name", "Savings"}, {"inactiveTypes", inactive}};
+  Upgrade::importTypesFromOldPreferences(account);
+  account.set("entries", Dictionary{});
+  Upgrade::importTypesFromOldPreferences(account);
+  const std::string noInactive =
+      "No inactiveTypes found while upgrading account Savings.  This could cause inconsistent "
+      "behavior.";
+  const std::string where = " in TARNAccount:UpdateAccountDictionary:FromVersion";
+  EXPECT_EQ(log.lines(), (Lines{noInactive, "Account does not have entries" + where, noInactive,
+                                "Account entries are in the wrong format" + where}));
+  // What the account had is kept when the preferences have nothing to give.
+  EXPECT_EQ(*account.find("inactiveTypes"), inactive);
+  EXPECT_EQ(*account.find("numberCount"), Value(0));
 }
+
+// A temporary home directory for the tests that read the real preferences file.
+struct HomeScope {
+  const char* saved = std::getenv("HOME");
+  std::optional<std::string> previous = saved ? std::optional<std::string>(saved) : std::nullopt;
+  std::filesystem::path path =
+      std::filesystem::temp_directory_path() / ("tarn-upgrade-home-" + std::to_string(::getpid()));
+  HomeScope() {
+    std::filesystem::remove_all(path);
+    std::filesystem::create_directories(path);
+    setenv("HOME", path.c_str(), 1);
+  }
+  ~HomeScope() {
+    previous ? setenv("HOME", previous->c_str(), 1) : unsetenv("HOME");
+    std::filesystem::remove_all(path);
+  }
+};
 
 TEST(AccountUpgrade, OldPreferencesFileUnderTheHomeDirectory) {
   HomeScope home;
   const std::string path = Upgrade::OldPreferencesPath();
-  EXPECT_EQ(path, (home.path() / "Library/Preferences/Brisal/Pennyfold Preferences").string());
-
-  // Missing: the reason is logged, then the step goes on as with empty preferences.
-  {
-    LogCapture log;
+  EXPECT_EQ(path, (home.path / "Library/Preferences/Brisal/Pennyfold Preferences").string());
+  {  // Missing: the reason is logged, then the step goes on as with empty preferences.
+    CapturedLog log;
     Value account =
         Dictionary{{"name", "Card"}, {"entries", Array{Value(Dictionary{{"isDebit", true}})}}};
     Upgrade::importTypesFromOldPreferences(account);
-    ASSERT_EQ(log.lines.size(), 2u);
-    EXPECT_EQ(
-        log.lines[0].rfind(
-            "Old preferences could not be read while upgrading account Card: " + path + ": ", 0),
-        0u)
-        << log.lines[0];
-    EXPECT_EQ(log.lines[1],
+    ASSERT_EQ(log.lines().size(), 2u);
+    const std::string reason =
+        "Old preferences could not be read while upgrading account Card: " + path + ": ";
+    EXPECT_EQ(log.lines()[0].rfind(reason, 0), 0u) << log.lines()[0];
+    EXPECT_EQ(log.lines()[1],
               "No inactiveTypes found while upgrading account Card.  This could cause inconsistent "
               "behavior.");
     EXPECT_EQ(*entryAt(account, 0).find("entryFlags"), Value(1));
     EXPECT_EQ(account.find("types"), nullptr);
   }
-  // Present: read as a property-list file.
   std::filesystem::create_directories(std::filesystem::path(path).parent_path());
   std::ofstream(path) << R"(<?xml version="1.0" encoding="UTF-8"?>
-<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
-<plist version="1.0">
-<dict>
+<plist version="1.0"><dict>
   <key>types</key><array><dict><key>name</key><string>ATM</string><key>number</key><integer>0</integer></dict></array>
   <key>inactiveTypes</key><array/>
-</dict>
-</plist>
+</dict></plist>
 )";
-  LogCapture log;
+  CapturedLog log;
   Value account = Dictionary{{"name", "Card"}, {"entries", Array{}}};
   Upgrade::importTypesFromOldPreferences(account);
-  ASSERT_TRUE(log.lines.empty()) << log.lines.front();
+  ASSERT_TRUE(log.lines().empty()) << log.lines().front();
   EXPECT_EQ(*account.find("types"),
             Value(Array{Value(Dictionary{{"name", "ATM"}, {"number", 0}})}));
   EXPECT_EQ(*account.find("inactiveTypes"), Value(Array{}));
 }
 
-TEST(AccountUpgrade, SharedNonTransferNumbersAreRenumberedFromVersionThree) {
-  // Maximum 10, two entries share 7: the first is examined while its partner
-  // still carries 7; by the time the second is examined, nobody else does.
-  Value account = Dictionary{{"numberCount", 10}, {"entries", Array{entry(7), entry(3), entry(7)}}};
-  Upgrade::renumberSharedNonTransferNumbers(account);
-  EXPECT_EQ(numbersOf(account), (std::vector<std::int64_t>{12, 3, 7}));
-  EXPECT_EQ(*account.find("numberCount"), Value(12));
-
-  // Three sharing 5: the first takes one fresh number per partner and keeps the last.
-  // A transfer counts as a partner but keeps its own number.
-  account = Dictionary{{"entries", Array{entry(5), entry(5, 4), entry(5), entry(5)}}};
-  Upgrade::renumberSharedNonTransferNumbers(account);
-  EXPECT_EQ(numbersOf(account), (std::vector<std::int64_t>{9, 5, 11, 12}));
-  EXPECT_EQ(*account.find("numberCount"), Value(12));
-
-  // Nothing shared: numberCount is one above the maximum.
-  account = Dictionary{{"numberCount", 2}, {"entries", Array{entry(1), entry(4)}}};
-  Upgrade::renumberSharedNonTransferNumbers(account);
-  EXPECT_EQ(numbersOf(account), (std::vector<std::int64_t>{1, 4}));
-  EXPECT_EQ(*account.find("numberCount"), Value(5));
-}
-
 // The two numbering steps written the slow, literal way, to check the fast ones against.
-std::vector<std::int64_t> uniqueNumbersByListSearch(std::vector<std::int64_t> numbers) {
+Numbers uniqueNumbersByListSearch(Numbers numbers) {
   std::int64_t maximum = 0;
-  std::vector<std::int64_t> seen;
+  Numbers seen;
   std::vector<std::size_t> duplicates;
   for (std::size_t i = 0; i < numbers.size(); ++i) {
     if (numbers[i] > maximum) {
@@ -277,9 +239,8 @@ std::vector<std::int64_t> uniqueNumbersByListSearch(std::vector<std::int64_t> nu
   return numbers;
 }
 
-std::vector<std::int64_t> renumberByPairwiseComparison(std::vector<std::int64_t> numbers,
-                                                       const std::vector<bool>& transfer,
-                                                       std::int64_t numberCount) {
+Numbers renumberByPairwiseComparison(Numbers numbers, const std::vector<bool>& transfer,
+                                     std::int64_t numberCount) {
   std::int64_t next = numberCount;
   for (std::int64_t number : numbers) next = std::max(next, number);
   ++next;
@@ -296,9 +257,9 @@ std::vector<std::int64_t> renumberByPairwiseComparison(std::vector<std::int64_t>
 
 TEST(AccountUpgrade, NumberingStepsAgreeWithPairwiseComparisonOnRandomData) {
   std::mt19937 random(20070315);
-  for (int trial = 0; trial < 200; ++trial) {
+  for (int trial = 0; trial < 100; ++trial) {
     const std::size_t count = random() % 60;
-    std::vector<std::int64_t> numbers;
+    Numbers numbers;
     std::vector<bool> transfer;
     Array entries;
     for (std::size_t i = 0; i < count; ++i) {
@@ -307,14 +268,12 @@ TEST(AccountUpgrade, NumberingStepsAgreeWithPairwiseComparisonOnRandomData) {
       entries.push_back(entry(numbers.back(), transfer.back() ? 4 | 16 : 1));
     }
     const std::int64_t numberCount = random() % 30;
-
     Value account = Dictionary{{"entries", entries}};
     Upgrade::makeEntryNumbersUnique(account);
     ASSERT_EQ(numbersOf(account), uniqueNumbersByListSearch(numbers)) << "trial " << trial;
-
     account = Dictionary{{"numberCount", numberCount}, {"entries", entries}};
     Upgrade::renumberSharedNonTransferNumbers(account);
-    std::vector<std::int64_t> fast = numbersOf(account);
+    Numbers fast = numbersOf(account);
     fast.push_back(account.find("numberCount")->longValue());
     ASSERT_EQ(fast, renumberByPairwiseComparison(numbers, transfer, numberCount))
         << "trial " << trial;
@@ -335,7 +294,6 @@ TEST(AccountUpgrade, MoneyIsRoundedToCentsFromVersionFour) {
   EXPECT_EQ(*entryAt(account, 0).find("split")->find("amounts"),
             Value(Array{Value(1.01), Value("x"), Value(3.0)}));
   EXPECT_EQ(entryAt(account, 1).find("amount")->doubleValue(), 0.0);
-
   Value textBalance = Dictionary{{"startingBalance", "12.345"}, {"entries", Array{}}};
   Upgrade::roundAmountsToCents(textBalance);
   EXPECT_EQ(*textBalance.find("startingBalance"), Value("12.345"));
@@ -369,15 +327,13 @@ TEST(AccountUpgrade, SecondsBecomeDateNumbersFromVersionSix) {
   EXPECT_EQ(*summary.find("startDate"), Value(20070315));
   EXPECT_EQ(*summary.find("endDate"), Value(20070318));
 
-  LogCapture log;
+  CapturedLog log;
   Value malformed = Dictionary{{"entries", Array{}}, {"schedules", 1}, {"accountSummaries", "x"}};
   Upgrade::convertSecondsToDateNumbers(malformed);
   Upgrade::convertTransfersAndSplits(malformed);
-  EXPECT_EQ(log.lines,
-            (std::vector<std::string>{
-                "Account schedules are in the wrong format in -[TARNAccount initWithDictionary:]",
-                "Account Summaries are in the wrong format in -[TARNAccount initWithDictionary:]",
-                "Schedules are in the wrong format in -[TARNAccount initWithDictionary:]"}));
+  EXPECT_EQ(log.lines(), (Lines{"Account schedules are in the wrong format" + kInit,
+                                "Account Summaries are in the wrong format" + kInit,
+                                "Schedules are in the wrong format" + kInit}));
 }
 
 Value oldSplit(Array descriptions, Array toFroms, Array amounts) {
@@ -424,8 +380,7 @@ TEST(AccountUpgrade, TransfersBecomeLinksAndSplitsLineItemsFromVersionSeven) {
   EXPECT_EQ(*in.find("entryFlags"), Value(4 | 2 | 16));
   EXPECT_EQ(in.find("linkedEntry"), nullptr);
   EXPECT_EQ(*in.find("type"), Value(-1));
-  // Without flags an entry is not touched.
-  EXPECT_EQ(entryAt(account, 3).find("splitLineItems"), nullptr);
+  EXPECT_EQ(entryAt(account, 3).find("splitLineItems"), nullptr);  // no flags: untouched
 
   const Value& schedule = account.find("schedules")->arrayValue()[0];
   EXPECT_EQ(*schedule.find("entryFlags"), Value(4 | 2));
@@ -434,9 +389,10 @@ TEST(AccountUpgrade, TransfersBecomeLinksAndSplitsLineItemsFromVersionSeven) {
   EXPECT_EQ(*schedule.find("splitLineItems"), Value(Array{Value(Dictionary{{"amount", -3.0}})}));
 }
 
-// One account that shows which steps ran: duplicate numbers (steps 1 and 3),
-// old debit flags (2), an unrounded amount (4), a date in seconds (5), an old split (6).
-Value probeAccount(std::int32_t version) {
+TEST(AccountUpgrade, EachVersionEntersTheCascadeAtItsOwnStep) {
+  PreferencesScope preferences(Dictionary{{"types", Array{}}, {"inactiveTypes", Array{}}});
+  // Duplicate numbers (steps 1 and 3), old debit flags (2), an unrounded
+  // amount (4), a date in seconds (5), an old split (6).
   auto old = [](std::int64_t number) {
     return Value(Dictionary{{"number", number},
                             {"isDebit", true},
@@ -445,15 +401,9 @@ Value probeAccount(std::int32_t version) {
                             {"date", k15March2007},
                             {"split", Dictionary{{"amounts", Array{Value(4.0)}}}}});
   };
-  return Dictionary{
-      {"version", version}, {"name", "Probe"}, {"entries", Array{old(5), old(3), old(5)}}};
-}
-
-TEST(AccountUpgrade, EachVersionEntersTheCascadeAtItsOwnStep) {
-  PreferencesScope preferences(Dictionary{{"types", Array{}}, {"inactiveTypes", Array{}}});
   struct Expected {
     std::int32_t version;
-    std::vector<std::int64_t> numbers;
+    Numbers numbers;
     std::optional<std::int64_t> numberCount;
     std::int32_t flags;
     double amount;
@@ -471,15 +421,15 @@ TEST(AccountUpgrade, EachVersionEntersTheCascadeAtItsOwnStep) {
   };
   for (const Expected& expected : table) {
     SCOPED_TRACE("version " + std::to_string(expected.version));
-    Value account = probeAccount(expected.version);
+    Value account = Dictionary{{"version", expected.version},
+                               {"name", "Probe"},
+                               {"entries", Array{old(5), old(3), old(5)}}};
     ASSERT_EQ(Upgrade::UpdateAccountDictionary(account), &account);
     EXPECT_EQ(*account.find("version"), Value(8));
     EXPECT_EQ(numbersOf(account), expected.numbers);
-    if (expected.numberCount) {
-      EXPECT_EQ(account.find("numberCount")->longValue(), *expected.numberCount);
-    } else {
-      EXPECT_EQ(account.find("numberCount"), nullptr);
-    }
+    const Value* numberCount = account.find("numberCount");
+    EXPECT_EQ(numberCount ? std::optional(numberCount->longValue()) : std::nullopt,
+              expected.numberCount);
     const Value& first = entryAt(account, 0);
     EXPECT_EQ(first.find("entryFlags")->intValue(), expected.flags);
     EXPECT_EQ(first.find("amount")->doubleValue(), expected.amount);

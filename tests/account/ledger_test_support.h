@@ -13,7 +13,7 @@ namespace tarn::testing_support {
 
 enum class Kind { Debit, Deposit, Check };
 
-struct EntrySpec {
+struct EntryFields {
   std::int32_t number = -1;
   DateNumber date = 20240101;
   double amount = 0.0;
@@ -25,25 +25,25 @@ struct EntrySpec {
   bool cleared = false;
 };
 
-inline std::shared_ptr<TARNAccountEntry> MakeEntry(const EntrySpec& spec) {
+inline std::shared_ptr<TARNAccountEntry> MakeEntry(const EntryFields& fields) {
   auto entry = std::make_shared<TARNAccountEntry>();
-  entry->SetNumber(spec.number);
-  entry->SetDate(spec.date);
-  entry->SetAmount(spec.amount);
-  entry->SetIsDeposit(spec.kind == Kind::Deposit);
-  entry->SetIsDebit(spec.kind != Kind::Deposit);
-  entry->SetIsCheck(spec.kind == Kind::Check);
-  entry->SetCheckNumber(spec.checkNumber);
-  entry->SetDescription(spec.description);
-  entry->SetToFrom(spec.toFrom);
-  entry->SetVoid(spec.isVoid);
-  entry->SetCleared(spec.cleared ? 1 : 0);
+  entry->SetNumber(fields.number);
+  entry->SetDate(fields.date);
+  entry->SetAmount(fields.amount);
+  entry->SetIsDeposit(fields.kind == Kind::Deposit);
+  entry->SetIsDebit(fields.kind != Kind::Deposit);
+  entry->SetIsCheck(fields.kind == Kind::Check);
+  entry->SetCheckNumber(fields.checkNumber);
+  entry->SetDescription(fields.description);
+  entry->SetToFrom(fields.toFrom);
+  entry->SetVoid(fields.isVoid);
+  entry->SetCleared(fields.cleared ? 1 : 0);
   return entry;
 }
 
 // Adds the entry to the account (register, or the selected folder).
-inline std::shared_ptr<TARNAccountEntry> Add(TARNAccount& account, const EntrySpec& spec) {
-  auto entry = MakeEntry(spec);
+inline std::shared_ptr<TARNAccountEntry> Add(TARNAccount& account, const EntryFields& fields) {
+  auto entry = MakeEntry(fields);
   account.AddEntry(entry);
   return entry;
 }

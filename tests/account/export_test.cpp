@@ -6,19 +6,100 @@
 #include <string_view>
 #include <vector>
 
-#include "account/export_test_ledger.h"
+#include "account/ledger_test_support.h"
 #include "tarn/account/account.h"
+#include "tarn/account/account_folder.h"
 #include "tarn/account/export_options.h"
+#include "tarn/account/in_memory_accounts_controller.h"
 #include "tarn/filters/filter.h"
 #include "tarn/filters/filter_codes.h"
 #include "tarn/filters/filter_condition_group.h"
 #include "tarn/model/account_entry.h"
+#include "tarn/model/category.h"
+#include "tarn/model/entry_type.h"
 #include "tarn/platform/calendar_date.h"
+#include "tarn/platform/user_defaults.h"
 
 namespace tarn {
 namespace {
 
-using testing_support::ExportLedger;
+using testing_support::Add;
+using testing_support::Kind;
+using testing_support::MakeEntry;
+using testing_support::SignedInAccount;
+
+// Three categories shared through a controller, two types, and a register with
+// a check, a split, a void entry and an entry without category.
+struct ExportLedger {
+  InMemoryAccountsController controller;
+  std::shared_ptr<TARNAccount> account = SignedInAccount();
+
+  ExportLedger() {
+    auto category = [](const char* name, std::int32_t number) {
+      auto made = std::make_shared<TARNAccountEntryCategory>();
+      made->setName(std::string(name));
+      made->setNumber(number);
+      return made;
+    };
+    auto home = category("Home", 1);
+    home->addChild(category("Rent", 2));
+    controller.categories() = {home, category("Food", 3)};
+    account->setAccountsController(&controller);
+    auto checkType = std::make_shared<TARNAccountEntryType>();
+    checkType->SetName(std::string("Check"));
+    checkType->SetNumber(10);
+    checkType->SetIsCheck(true);
+    auto payType = std::make_shared<TARNAccountEntryType>();
+    payType->SetName(std::string("Payroll"));
+    payType->SetNumber(11);
+    payType->SetIsDeposit(true);
+    account->types() = {checkType, payType};
+    account->SetName(std::string("Everyday"));
+    account->SetStartingBalance(100.0);
+
+    auto check = Add(*account, {.number = 1,
+                                .date = 20240105,
+                                .amount = -1200.0,
+                                .kind = Kind::Check,
+                                .checkNumber = 101,
+                                .description = "January rent",
+                                .toFrom = "Landlord",
+                                .cleared = true});
+    check->SetType(10);
+    check->SetCategory(2);
+    auto salary = Add(*account, {.number = 2,
+                                 .date = 20240103,
+                                 .amount = 2500.5,
+                                 .kind = Kind::Deposit,
+                                 .description = "Salary",
+                                 .toFrom = "Employer"});
+    salary->SetType(11);
+    salary->SetTaxDeductible(true);
+    auto groceries = Add(*account, {.number = 3,
+                                    .date = 20240105,
+                                    .description = "Groceries & more",
+                                    .toFrom = "Market",
+                                    .cleared = true});
+    groceries->SetCategory(3);
+    groceries->addSplitLineItemWithCategory(3, "Food", "Market", -40.0);
+    groceries->addSplitLineItemWithCategory(2, "Bits", "Market", -5.67);
+    groceries->addSplitLineItemWithCategory(99, "Unknown", "Market", -0.01);
+    // Void, numbered 0 without being a check, with an unknown category.
+    auto voided = Add(*account, {.number = 4,
+                                 .date = 20240110,
+                                 .amount = -10.0,
+                                 .checkNumber = 0,
+                                 .description = "Cancelled",
+                                 .toFrom = "Nobody",
+                                 .isVoid = true});
+    voided->SetCategory(42);
+
+    // The earliest entry, in a folder: it dates the starting balance but is not exported.
+    auto folder = std::make_shared<TARNAccountFolder>();
+    folder->setEntries({MakeEntry({.number = 5, .date = 20231201, .amount = -3.0})});
+    account->addFolder(folder);
+  }
+};
 
 // A reader of the records written, independent of the writer: lines split at
 // the line ending, records ended by a "^" line, each line a code letter and
@@ -171,12 +252,91 @@ TEST(ExportQif, DefaultsFilterAndEmptyAccount) {
 
   // An empty account: the header and a starting balance dated today.
   CalendarDate::overrideNow(CalendarDate(2025, 2, 3, 14, 30));
-  auto empty = testing_support::SignedInAccount();
+  auto empty = SignedInAccount();
   empty->SetName(std::string("New"));
   empty->SetStartingBalance(-2.5);
   EXPECT_EQ(empty->asQIFStringWithOptions(nullptr),
             "!Account\nNNew\nTBank\nB-2.50\n^\n!Type:Bank\nD02/03/2025\nMStarting Balance\n"
             "T-2.50\nC*\n^\n");
+  CalendarDate::overrideNow(std::nullopt);
+}
+
+std::vector<std::string> Split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  std::size_t start = 0;
+  for (;;) {
+    const std::size_t end = text.find(separator, start);
+    parts.push_back(text.substr(start, end - start));
+    if (end == std::string::npos) return parts;
+    start = end + 1;
+  }
+}
+
+// The rows of the table (the line after the last "\n" must be empty).
+std::vector<std::vector<std::string>> Rows(const std::string& text) {
+  std::vector<std::string> lines = Split(text, '\n');
+  EXPECT_EQ(lines.back(), "");
+  lines.pop_back();
+  std::vector<std::vector<std::string>> rows;
+  for (const std::string& line : lines) rows.push_back(Split(line, '\t'));
+  return rows;
+}
+
+const char kHeader[] =
+    "Date\tType\tDescription\tTo/From\tCategory\tResolved\tTax-Deductible\tAmount\tKind\tCheck "
+    "#\tID\tBalance";
+
+TEST(ExportText, OneRowPerEntryWithARunningBalanceThatCountsVoidEntries) {
+  ExportLedger ledger;
+  TARNAccount& account = *ledger.account;
+  SetUserDefault("NSShortDateFormatString", "%Y-%m-%d");
+  const std::string text = account.asTabDelimitedStringWithOptions(nullptr);
+  ResetUserDefaults();
+  const auto rows = Rows(text);
+
+  ASSERT_EQ(rows.size(), 2u + account.GetEntries().size());
+  EXPECT_EQ(text.substr(0, text.find('\n')), kHeader);
+  // Twelve columns; the starting-balance row ends with one tab more.
+  for (std::size_t i = 2; i < rows.size(); ++i) EXPECT_EQ(rows[i].size(), 12u);
+  EXPECT_EQ(rows[1], (std::vector<std::string>{"2023-12-01", "", "Starting Balance", "", "", "Yes",
+                                               "", "100.00", "", "", "", "100.00", ""}));
+  EXPECT_EQ(rows[2],
+            (std::vector<std::string>{"2024-01-03", "Payroll", "Salary", "Employer", "", "No",
+                                      "Yes", "2500.50", "Deposit", "", "2", "2600.50"}));
+  EXPECT_EQ(rows[3], (std::vector<std::string>{"2024-01-05", "Check", "January rent", "Landlord",
+                                               "Home:Rent", "Yes", "No", "-1200.00", "Debit", "101",
+                                               "1", "1400.50"}));
+  EXPECT_EQ(rows[4][4], "Food");
+  EXPECT_EQ(rows[4][7], "-45.68");
+  EXPECT_EQ(rows[4][1], "");  // no type
+  // The void entry is shown and counted, unlike in the account's balance.
+  EXPECT_EQ(rows[5][7], "-10.00");
+  EXPECT_EQ(rows[5][9], "0");
+  EXPECT_EQ(rows[5][11], "1344.82");
+
+  double expected = account.GetStartingBalance();
+  for (const auto& entry : account.GetEntries()) expected += entry->GetAmount();
+  EXPECT_NEAR(std::strtod(rows.back()[11].c_str(), nullptr), expected, 1e-9);
+  EXPECT_NE(rows.back()[11], "1354.82");  // what skipping the void entry would give
+}
+
+TEST(ExportText, FilterAndEmptyAccount) {
+  ExportLedger ledger;
+  TARNAccount& account = *ledger.account;
+  TARNExportOptions options;
+  options.exportFilter = std::make_shared<TARNFilter>();  // keeps everything
+  options.lineEnding = "\r\n";                            // QIF only
+  const auto rows = Rows(account.asTabDelimitedStringWithOptions(&options));
+  // No starting-balance row, yet the running balance starts from it.
+  ASSERT_EQ(rows.size(), 1u + account.GetEntries().size());
+  EXPECT_EQ(rows[1][10], "2");
+  EXPECT_EQ(rows[1][11], "2600.50");
+
+  CalendarDate::overrideNow(CalendarDate(2025, 2, 3));
+  auto empty = SignedInAccount();
+  EXPECT_EQ(
+      empty->asTabDelimitedStringWithOptions(nullptr),
+      std::string(kHeader) + "\n02/03/25\t\tStarting Balance\t\t\tYes\t\t0.00\t\t\t\t0.00\t\n");
   CalendarDate::overrideNow(std::nullopt);
 }
 
