@@ -10,25 +10,20 @@ TEST(DayField, MaximumDayUsesThePlainFourthYearRule) {
   for (int month = 1; month <= 12; ++month) {
     EXPECT_EQ(MaximumDayForMonthAndYear(month, 2023), expected[month - 1]) << month;
   }
-  EXPECT_EQ(MaximumDayForMonthAndYear(2, 2024), 29);
-  EXPECT_EQ(MaximumDayForMonthAndYear(2, 1900), 29);  // no century exception
-  EXPECT_EQ(MaximumDayForMonthAndYear(2, 2000), 29);
-  EXPECT_EQ(MaximumDayForMonthAndYear(2, 2100), 29);
-  EXPECT_EQ(MaximumDayForMonthAndYear(2, -4), 29);
-  EXPECT_EQ(MaximumDayForMonthAndYear(2, -3), 28);
-  // Any month outside the named ones is treated as February.
-  EXPECT_EQ(MaximumDayForMonthAndYear(0, 2023), 28);
-  EXPECT_EQ(MaximumDayForMonthAndYear(13, 2024), 29);
+  // No century exception; any month outside the named ones is treated as February.
+  const int rows[][3] = {{2, 1900, 29}, {2, 2100, 29}, {2, -4, 29},
+                         {2, -3, 28},   {0, 2023, 28}, {13, 2024, 29}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(MaximumDayForMonthAndYear(row[0], row[1]), row[2]) << row[0] << "/" << row[1];
+  }
 }
 
 TEST(DayField, ClampOnlyLowersDaysPastTheEnd) {
-  EXPECT_EQ(ClampDayForMonthAndYear(31, 4, 2023), 30);
-  EXPECT_EQ(ClampDayForMonthAndYear(30, 2, 1900), 29);
-  EXPECT_EQ(ClampDayForMonthAndYear(29, 2, 2023), 28);
-  EXPECT_EQ(ClampDayForMonthAndYear(31, 12, 2023), 31);
-  EXPECT_EQ(ClampDayForMonthAndYear(15, 2, 2023), 15);
-  EXPECT_EQ(ClampDayForMonthAndYear(0, 2, 2023), 0);
-  EXPECT_EQ(ClampDayForMonthAndYear(-5, 6, 2023), -5);
+  const int rows[][4] = {{31, 4, 2023, 30},  {30, 2, 1900, 29}, {29, 2, 2023, 28},
+                         {31, 12, 2023, 31}, {0, 2, 2023, 0},   {-5, 6, 2023, -5}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(ClampDayForMonthAndYear(row[0], row[1], row[2]), row[3]) << row[0] << " " << row[1];
+  }
 }
 
 }  // namespace
