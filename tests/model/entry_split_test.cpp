@@ -47,7 +47,7 @@ TEST(EntrySplit, PartsIndexesAndTotals) {
 TEST(EntrySplit, DictionaryRoundTripWithoutEnabledMarks) {
   TARNAccountEntrySplit split;
   for (int i = 0; i < TARNAccountEntrySplit::kPartCount; ++i) {
-    split.SetDescription("part " + std::to_string(i), i);
+    split.SetDescription("item " + std::to_string(i), i);
     split.SetToFrom("party " + std::to_string(i), i);
     split.SetAmount(i * 1.5 - 3.0, i);
   }
@@ -55,7 +55,7 @@ TEST(EntrySplit, DictionaryRoundTripWithoutEnabledMarks) {
 
   plist::Value dictionary = split.asDictionary();
   EXPECT_EQ(dictionary.find("toFrom")->arrayValue().size(), 10u);  // singular key, ten payees
-  EXPECT_EQ(dictionary.find("descriptions")->arrayValue()[9].stringValue(), "part 9");
+  EXPECT_EQ(dictionary.find("descriptions")->arrayValue()[9].stringValue(), "item 9");
   EXPECT_TRUE(dictionary.find("amounts")->arrayValue()[0].isReal());
   EXPECT_EQ(dictionary.dictionaryValue().size(), 3u);
 
