@@ -170,6 +170,7 @@ TEST(Category, FullNamesAndLookups) {
 TEST(Category, NameComparison) {
   EXPECT_EQ(Named("cash")->nameIsGreaterThan(*Named("Cash")), 0);
   EXPECT_EQ(Named("Épicerie")->nameIsGreaterThan(*Named("épicerie")), 0);
+  EXPECT_EQ(Named("CAFÉ")->nameIsGreaterThan(*Named("Café")), 0);
   EXPECT_EQ(Named("ATM")->nameIsGreaterThan(*Named("Automatic Draft")), -1);
   EXPECT_EQ(Named("Automatic Draft")->nameIsGreaterThan(*Named("ATM")), 1);
 }
