@@ -24,23 +24,13 @@ std::shared_ptr<PFCurrency> krona() {
 }
 
 TEST_F(CurrencyTest, DefaultsAndDictionaryRoundTrip) {
-  PFCurrency currency;
-  EXPECT_EQ(currency.code(), "BRD");
-  EXPECT_EQ(currency.description(), "Brisal Software Dollar");
-  EXPECT_EQ(currency.symbol(), "$");
-  EXPECT_TRUE(currency.symbolPrecedesAmounts());
-  EXPECT_EQ(currency.thousandsSeparator(), ",");
-  EXPECT_EQ(currency.decimalSeparator(), ".");
-  EXPECT_EQ(currency.rate(), 1.0);
-  EXPECT_EQ(currency.lastUpdate(), 20070315);
-
   // Missing keys keep the defaults; lastUpdate is today, rate 1.0.
   plist::Value partial(plist::Dictionary{{"code", plist::Value("EUR")},
-                                         {"symbol", plist::Value("€")},
                                          {"symbolPrecedesAmounts", plist::Value(false)}});
   auto euro = PFCurrency::initWithDictionary(partial);
   EXPECT_EQ(euro->code(), "EUR");
   EXPECT_EQ(euro->description(), "Brisal Software Dollar");
+  EXPECT_EQ(euro->symbol(), "$");
   EXPECT_FALSE(euro->symbolPrecedesAmounts());
   EXPECT_EQ(euro->rate(), 1.0);
   EXPECT_EQ(euro->lastUpdate(), 20070315);
@@ -50,36 +40,24 @@ TEST_F(CurrencyTest, DefaultsAndDictionaryRoundTrip) {
   ASSERT_EQ(stored.dictionaryValue().size(), 8u);
   EXPECT_TRUE(stored.find("symbolPrecedesAmounts")->isBoolean());
   EXPECT_TRUE(stored.find("rate")->isReal());
-  EXPECT_TRUE(stored.find("lastUpdate")->isInteger());
   EXPECT_EQ(stored.find("lastUpdate")->intValue(), 20070301);
-  auto reloaded = PFCurrency::initWithDictionary(stored);
-  EXPECT_EQ(reloaded->asDictionary(), stored);
-  EXPECT_EQ(reloaded->description(), "Swedish krona");
-  EXPECT_EQ(reloaded->rate(), 0.1);
+  EXPECT_EQ(PFCurrency::initWithDictionary(stored)->asDictionary(), stored);
 
   // Editing copies load the same keys and start unused, standing for nothing.
   auto editing = PFEditingCurrency::initWithDictionary(stored);
   EXPECT_EQ(editing->asDictionary(), stored);
   EXPECT_FALSE(editing->inUse());
   EXPECT_EQ(editing->original(), nullptr);
-  editing->setInUse(true);
-  editing->setOriginal(original.get());
-  EXPECT_TRUE(editing->inUse());
-  EXPECT_EQ(editing->original(), original.get());
 }
 
 TEST_F(CurrencyTest, NilAndEmptyStringsBecomeEmptyOrZeroWidthSpace) {
   PFCurrency currency;
   currency.setCode(std::nullopt);
-  currency.setDescription(std::nullopt);
   currency.setSymbol(std::nullopt);
   EXPECT_EQ(currency.code(), "");
-  EXPECT_EQ(currency.description(), "");
   EXPECT_EQ(currency.symbol(), "");
-
   currency.setThousandsSeparator("");
   currency.setDecimalSeparator(std::nullopt);
-  EXPECT_EQ(currency.thousandsSeparator(), kZeroWidthSpace);
   EXPECT_EQ(currency.decimalSeparator(), kZeroWidthSpace);
   EXPECT_EQ(currency.asDictionary().find("thousandsSeparator")->stringValue(), kZeroWidthSpace);
 
@@ -91,47 +69,35 @@ TEST_F(CurrencyTest, NilAndEmptyStringsBecomeEmptyOrZeroWidthSpace) {
   EXPECT_EQ(parse(*currency.formatter(), "$ 1234.50"), 1234.5);
 }
 
-TEST_F(CurrencyTest, FormatStringKeepsItsBlanks) {
-  PFCurrency dollar;
-  EXPECT_EQ(dollar.formatString(), "$ #,##0.00;$ 0.00; -$ #,##0.00");
-  dollar.setSymbolPrecedesAmounts(false);
-  EXPECT_EQ(dollar.formatString(), "#,##0.00 $; 0.00 $;-#,##0.00 $");
-  EXPECT_EQ(krona()->formatString(), "#,##0.00 kr; 0,00 kr;-#,##0.00 kr");
-}
-
 TEST_F(CurrencyTest, FormattersWriteAndReadTheCurrencysAmounts) {
   PFCurrency dollar;
+  EXPECT_EQ(dollar.formatString(), "$ #,##0.00;$ 0.00; -$ #,##0.00");
+  auto sek = krona();
+  EXPECT_EQ(sek->formatString(), "#,##0.00 kr; 0,00 kr;-#,##0.00 kr");
   auto formatter = dollar.formatter();
-  EXPECT_EQ(formatter->stringForObjectValue(1234.5), "$ 1,234.50");
-  EXPECT_EQ(formatter->stringForObjectValue(-1234.5), " -$ 1,234.50");
-  EXPECT_EQ(formatter->stringForObjectValue(0), "$ 0.00");
-  EXPECT_EQ(formatter->stringForObjectValue(0.004), "$ 0.00");
-  EXPECT_EQ(formatter->stringForObjectValue(2.675), "$ 2.68");
+  const struct {
+    decltype(dollar.formatter()) formatter;
+    double value;
+    const char* expected;
+  } rows[] = {{formatter, 1234.5, "$ 1,234.50"},  {formatter, -1234.5, " -$ 1,234.50"},
+              {formatter, 0, "$ 0.00"},           {formatter, 0.004, "$ 0.00"},
+              {formatter, 2.675, "$ 2.68"},       {sek->formatter(), 1234567.5, "1 234 567,50 kr"},
+              {sek->formatter(), -3, "-3,00 kr"}, {sek->formatter(), 0, " 0,00 kr"}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.formatter->stringForObjectValue(row.value), row.expected) << row.value;
+  }
   EXPECT_EQ(parse(*formatter, "$1,234.50"), 1234.5);
   EXPECT_EQ(parse(*formatter, "-$1,234.50"), -1234.5);
   EXPECT_EQ(parse(*formatter, "abc"), 0.0);
-
-  auto sek = krona();
-  EXPECT_EQ(sek->formatter()->stringForObjectValue(1234567.5), "1 234 567,50 kr");
-  EXPECT_EQ(sek->formatter()->stringForObjectValue(-3), "-3,00 kr");
-  EXPECT_EQ(sek->formatter()->stringForObjectValue(0), " 0,00 kr");
   EXPECT_EQ(parse(*sek->formatter(), "1 234,50 kr"), 1234.5);
-  sek->setThousandsSeparator(".");
-  EXPECT_EQ(sek->formatter()->stringForObjectValue(1234567.5), "1.234.567,50 kr");
-  EXPECT_EQ(parse(*sek->formatter(), "1.234,50 kr"), 1234.5);
 
-  // Each formatter refuses the other sign and reads 0 instead.
+  // Each signed formatter refuses the other sign and reads 0 instead.
   auto negative = dollar.negativeFormatter();
+  auto positive = dollar.positiveFormatter();
   EXPECT_EQ(parse(*negative, "-$12.00"), -12.0);
   EXPECT_EQ(parse(*negative, "$12.00"), 0.0);
-  EXPECT_EQ(parse(*negative, "0"), 0.0);
-  auto positive = dollar.positiveFormatter();
   EXPECT_EQ(parse(*positive, "$12.00"), 12.0);
   EXPECT_EQ(parse(*positive, "-$12.00"), 0.0);
-  EXPECT_EQ(positive->minimum(), 0.0);
-  EXPECT_EQ(negative->maximum(), 0.0);
-  EXPECT_NE(formatter, negative);
-  EXPECT_NE(formatter, positive);
 }
 
 TEST_F(CurrencyTest, FormatChangesDiscardTheCachedFormatters) {
@@ -139,8 +105,6 @@ TEST_F(CurrencyTest, FormatChangesDiscardTheCachedFormatters) {
   auto formatter = currency.formatter();
   auto negative = currency.negativeFormatter();
   auto positive = currency.positiveFormatter();
-  EXPECT_EQ(currency.formatter(), formatter);  // cached
-
   // Code, description, rate and date leave the formatters alone.
   currency.setCode("USD");
   currency.setDescription("US dollar");
@@ -164,10 +128,10 @@ TEST_F(CurrencyTest, FormatChangesDiscardTheCachedFormatters) {
   renewed = currency.formatter();
   currency.setThousandsSeparator(" ");
   EXPECT_NE(currency.formatter(), renewed);
+  EXPECT_EQ(currency.formatString(), "#,##0.00 US$; 0,00 US$;-#,##0.00 US$");
   EXPECT_EQ(currency.formatter()->stringForObjectValue(1234.5), "1 234,50 US$");
 
-  // A copy builds its own formatters.
-  PFCurrency copy = currency;
+  PFCurrency copy = currency;  // a copy builds its own formatters
   EXPECT_NE(copy.formatter(), currency.formatter());
 }
 
@@ -177,7 +141,6 @@ TEST_F(CurrencyTest, ConvertsByRatesAndSortsByCode) {
   EXPECT_DOUBLE_EQ(home->convertAmount(100, dearer), 80.0);
   EXPECT_DOUBLE_EQ(dearer->convertAmount(80, home.get()), 100.0);
   EXPECT_EQ(home->convertAmount(100, nullptr), 100.0);
-  EXPECT_EQ(home->convertAmount(100, std::shared_ptr<PFCurrency>()), 100.0);
 
   EXPECT_EQ(home->codeIsGreaterThan(*dearer), 1);
   EXPECT_EQ(dearer->codeIsGreaterThan(*home), -1);
