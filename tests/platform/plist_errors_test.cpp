@@ -132,7 +132,9 @@ TEST(PlistErrors, MissingEmptyTruncatedAndRandomFilesNameTheFileAndTheReason) {
     writeBytes(path, c.bytes);
     const std::string message = readError(path);
     EXPECT_GT(message.size(), path.size() + 2);
-    if (c.whole) EXPECT_EQ(message, path + ": " + c.reason);
+    if (c.whole) {
+      EXPECT_EQ(message, path + ": " + c.reason);
+    }
     EXPECT_EQ(message.rfind(path + ": " + c.reason, 0), 0u) << message;
   }
 }
