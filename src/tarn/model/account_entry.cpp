@@ -16,6 +16,10 @@
 namespace tarn {
 namespace {
 
+// Keys an entry dictionary can hold: twelve always, three when linked, notes
+// and split lines when present.
+constexpr std::size_t kMostEntryKeys = 17;
+
 using namespace std::string_view_literals;
 using plist::Dictionary;
 using plist::Value;
@@ -209,6 +213,7 @@ void TARNAccountEntry::loadFromDictionary(const Value& value) {
 
 plist::Value TARNAccountEntry::asDictionary() const {
   Dictionary dictionary;
+  dictionary.reserve(kMostEntryKeys);  // one allocation for the whole entry
   writeEntryKeys(dictionary);
   return Value(std::move(dictionary));
 }

@@ -48,6 +48,7 @@ void TARNAccountEntrySplitLineItem::loadFromDictionary(const plist::Dictionary& 
 plist::Value TARNAccountEntrySplitLineItem::asDictionary() const {
   // Built in key order so that every insertion lands at the end hint.
   plist::Dictionary dictionary;
+  dictionary.reserve(5);
   dictionary.emplace_hint(dictionary.end(), "amount"sv, amount_);
   dictionary.emplace_hint(dictionary.end(), "category"sv, std::int64_t{category_});
   dictionary.emplace_hint(dictionary.end(), "description"sv, description_);
