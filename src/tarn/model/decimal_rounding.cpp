@@ -11,7 +11,8 @@ double RoundDecimalPlain(double value, int scale) {
 
   // Shortest round-trip text in scientific form: "-d.ddde+XX".
   char buffer[64];
-  const auto written = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::scientific);
+  const auto written =
+      std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::scientific);
   const std::string_view text(buffer, static_cast<size_t>(written.ptr - buffer));
   const bool negative = text.front() == '-';
   const size_t exponentMark = text.find('e');

@@ -25,10 +25,14 @@ const Data kEmptyData;
 
 std::int64_t Value::longValue() const {
   switch (kind()) {
-    case Kind::Boolean: return std::get<bool>(storage_) ? 1 : 0;
-    case Kind::Integer: return std::get<std::int64_t>(storage_);
-    case Kind::Real: return truncateToInt64(std::get<double>(storage_));
-    default: return 0;
+    case Kind::Boolean:
+      return std::get<bool>(storage_) ? 1 : 0;
+    case Kind::Integer:
+      return std::get<std::int64_t>(storage_);
+    case Kind::Real:
+      return truncateToInt64(std::get<double>(storage_));
+    default:
+      return 0;
   }
 }
 
@@ -38,19 +42,27 @@ std::int32_t Value::intValue() const {
 
 double Value::doubleValue() const {
   switch (kind()) {
-    case Kind::Boolean: return std::get<bool>(storage_) ? 1.0 : 0.0;
-    case Kind::Integer: return static_cast<double>(std::get<std::int64_t>(storage_));
-    case Kind::Real: return std::get<double>(storage_);
-    default: return 0.0;
+    case Kind::Boolean:
+      return std::get<bool>(storage_) ? 1.0 : 0.0;
+    case Kind::Integer:
+      return static_cast<double>(std::get<std::int64_t>(storage_));
+    case Kind::Real:
+      return std::get<double>(storage_);
+    default:
+      return 0.0;
   }
 }
 
 bool Value::boolValue() const {
   switch (kind()) {
-    case Kind::Boolean: return std::get<bool>(storage_);
-    case Kind::Integer: return std::get<std::int64_t>(storage_) != 0;
-    case Kind::Real: return std::get<double>(storage_) != 0.0;
-    default: return false;
+    case Kind::Boolean:
+      return std::get<bool>(storage_);
+    case Kind::Integer:
+      return std::get<std::int64_t>(storage_) != 0;
+    case Kind::Real:
+      return std::get<double>(storage_) != 0.0;
+    default:
+      return false;
   }
 }
 

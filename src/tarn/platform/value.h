@@ -8,9 +8,9 @@
 #include <initializer_list>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <utility>
-#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -107,7 +107,8 @@ class SortedDictionary {
   template <class K, class... Args>
   iterator emplace_hint(const_iterator hint, K&& key, Args&&... args) {
     const std::string_view text(key);
-    const bool afterPrevious = hint == items_.cbegin() || std::string_view(std::prev(hint)->first) < text;
+    const bool afterPrevious =
+        hint == items_.cbegin() || std::string_view(std::prev(hint)->first) < text;
     const bool beforeNext = hint == items_.cend() || text < std::string_view(hint->first);
     if (afterPrevious && beforeNext) {
       return items_.emplace(hint, std::piecewise_construct,
