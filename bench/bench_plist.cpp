@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "support/libplist_bridge.h"
 #include "tarn/platform/plist_file.h"
 
 namespace {
@@ -52,35 +53,6 @@ Value makeAccount(int n) {
     entries.emplace_back(std::move(entry));
   }
   return account;
-}
-
-plist_t toLibplist(const Value& value) {
-  switch (value.kind()) {
-    case Value::Kind::Boolean:
-      return plist_new_bool(value.boolValue());
-    case Value::Kind::Integer:
-      return plist_new_uint(static_cast<std::uint64_t>(value.longValue()));
-    case Value::Kind::Real:
-      return plist_new_real(value.doubleValue());
-    case Value::Kind::String:
-      return plist_new_string(value.stringValue().c_str());
-    case Value::Kind::Array: {
-      plist_t array = plist_new_array();
-      for (const Value& element : value.arrayValue()) {
-        plist_array_append_item(array, toLibplist(element));
-      }
-      return array;
-    }
-    case Value::Kind::Dictionary: {
-      plist_t dictionary = plist_new_dict();
-      for (const auto& [key, element] : value.dictionaryValue()) {
-        plist_dict_set_item(dictionary, key.c_str(), toLibplist(element));
-      }
-      return dictionary;
-    }
-    default:
-      return plist_new_bool(0);  // the account holds no other kinds
-  }
 }
 
 // One account per size, with its two encodings, built once.
