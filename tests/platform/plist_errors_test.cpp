@@ -221,6 +221,28 @@ TEST(PlistErrors, MalformedBinarySaysWhatIsWrong) {
   EXPECT_THROW(ToXml(deep), FileError);
 }
 
+// Other writers may store keys in any order, or one key twice. The reader
+// remembers key pairs it found in order; dictionaries whose keys come in the
+// other order, between and after sorted ones, must still be sorted.
+TEST(PlistErrors, BinaryKeysInAnyOrderReadSortedAndTheLastDuplicateWins) {
+  const Value sorted(Dictionary{{"a", 1}, {"b", 2}});
+  // Objects: 0 the list of 2, 1, 2, 3, 4, 5; 1 {b: 2, a: 1}; 2 {a: 1, b: 2};
+  // 3 {b: 1, b: 2, a: 1}; 4 {a: 1, a: 2}; 5 {c: 3, a: 1, b: 2}; then 6 "a",
+  // 7 "b", 8 "c", 9 the integer 1, 10 the integer 2, 11 the integer 3.
+  const Value list = ParseBinary(handMadeBinary(
+      {"\xA6\x02\x01\x02\x03\x04\x05", "\xD2\x07\x06\x0A\x09", "\xD2\x06\x07\x09\x0A",
+       "\xD3\x07\x07\x06\x09\x0A\x09", "\xD2\x06\x06\x09\x0A", "\xD3\x08\x06\x07\x0B\x09\x0A",
+       "\x51"
+       "a",
+       "\x51"
+       "b",
+       "\x51"
+       "c",
+       "\x10\x01", "\x10\x02", "\x10\x03"}));
+  EXPECT_EQ(list, Value(Array{sorted, sorted, sorted, sorted, Value(Dictionary{{"a", 2}}),
+                              Value(Dictionary{{"a", 1}, {"b", 2}, {"c", 3}})}));
+}
+
 TEST(PlistErrors, DamagedBinaryFilesNeverCrash) {
   const std::string good = ToBinary(sample());
   std::mt19937 generator(12345);

@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <thread>
+#include <vector>
+
+#include "tarn/platform/bulk_storage.h"
 
 namespace tarn::plist {
 namespace {
@@ -52,6 +56,39 @@ TEST(PlistValue, NestedValuesCopyDeeply) {
   copy.mutableDictionary()["entries"].mutableArray()[0].set("amount", -20.0);
   EXPECT_EQ(account.find("entries")->arrayValue()[0].find("amount")->doubleValue(), -10.0);
   EXPECT_NE(account, copy);
+}
+
+// Dictionaries built in bulk share large chunks; each chunk must stay alive
+// while any of them does, whichever thread frees them and whether or not
+// they grow again outside the scope.
+TEST(PlistValue, DictionariesBuiltInBulkLiveOnAfterTheScopeAndDieOnAnyThread) {
+  auto entry = [](int i) {
+    return Value(
+        Dictionary{{"amount", i * 0.5}, {"number", i}, {"payee", "Payee " + std::to_string(i)}});
+  };
+  std::vector<Value> early;
+  std::vector<Value> late;
+  {
+    BulkStorageScope bulk;
+    // Some 12 MB of dictionaries: several chunks.
+    for (int i = 0; i < 40000; ++i) (i % 2 == 0 ? early : late).push_back(entry(i));
+    BulkStorageScope nested;
+  }
+  std::thread([&early] { early.clear(); }).join();
+  for (std::size_t i = 0; i < late.size(); ++i) {
+    late[i].set("zzz", static_cast<int>(i));  // grows past its bulk array
+    late[i].set("amount", -1.0);
+  }
+  Value copy = late.back();
+  late.resize(late.size() / 2);
+  for (std::size_t i = 0; i < late.size(); ++i) {
+    const int number = static_cast<int>(2 * i + 1);
+    ASSERT_EQ(late[i].find("payee")->stringValue(), "Payee " + std::to_string(number));
+    ASSERT_EQ(late[i].find("zzz")->intValue(), static_cast<int>(i));
+    ASSERT_EQ(late[i].find("amount")->doubleValue(), -1.0);
+  }
+  EXPECT_EQ(copy.find("number")->intValue(), 39999);
+  EXPECT_EQ(copy.dictionaryValue().size(), 4u);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 // every object, and containers refer to their elements by object number.
 // Every offset, count and reference is checked against the bytes at hand
 // before it is used.
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -28,7 +29,7 @@ constexpr std::uint64_t kPayloadAllowance = std::uint64_t{64} << 20;
 // longer ones are rarely shared and not worth keeping twice.
 constexpr std::size_t kCachedStringLength = 64;
 
-std::uint64_t readBigEndian(const std::uint8_t* p, unsigned size) {
+[[gnu::always_inline]] inline std::uint64_t readBigEndian(const std::uint8_t* p, unsigned size) {
   switch (size) {
     case 1:
       return p[0];
@@ -199,15 +200,30 @@ class BinaryReader {
   void requireBytes(std::size_t contents, std::uint64_t count, std::uint64_t unitSize,
                     const char* what) const {
     if (contents > objectsEnd_ || count > (objectsEnd_ - contents) / unitSize) {
-      fail(std::string("truncated ") + what + " at offset " + std::to_string(contents));
+      failTruncated(contents, what);
     }
+  }
+  [[noreturn, gnu::noinline]] void failTruncated(std::size_t contents, const char* what) const {
+    fail(std::string("truncated ") + what + " at offset " + std::to_string(contents));
   }
 
   std::uint64_t readRef(const std::uint8_t* p) const {
     const std::uint64_t ref = readBigEndian(p, refSize_);
-    if (ref >= objectCount_) fail("object reference out of range (" + std::to_string(ref) + ")");
+    if (ref >= objectCount_) failReference(ref);
     return ref;
   }
+  [[noreturn, gnu::noinline]] void failReference(std::uint64_t ref) const {
+    fail("object reference out of range (" + std::to_string(ref) + ")");
+  }
+
+  // Converts to the value of an object, so that a container can build the
+  // value in its own storage instead of moving it there.
+  struct ObjectAt {
+    BinaryReader& reader;
+    std::uint64_t ref;
+    int depth;
+    operator Value() const { return reader.readObject(ref, depth); }
+  };
 
   Value readObject(std::uint64_t ref, int depth) {
     if (depth > kMaxNestingDepth) {
@@ -311,6 +327,31 @@ class BinaryReader {
     return text;
   }
 
+  // A dictionary key, decoded once per object. The reference is good until
+  // the next string is decoded.
+  const std::string& readKey(std::size_t at, std::uint64_t ref) {
+    if (const std::uint32_t slot = stringSlot_[ref]; slot != 0) {
+      const std::string& known = strings_[slot - 1];
+      charge(known.size());
+      return known;
+    }
+    longKey_ = readString(at, ref);
+    if (const std::uint32_t slot = stringSlot_[ref]; slot != 0) return strings_[slot - 1];
+    return longKey_;
+  }
+
+  // Whether key object `after` sorts after key object `before`. The
+  // dictionaries of a list repeat the same key objects in the same order, so
+  // pairs found in order are remembered and their text is not compared again.
+  bool ascending(std::uint64_t before, const std::string& beforeKey, std::uint64_t after,
+                 const std::string& afterKey) {
+    OrderedPair& known = orderedPairs_[(before * 0x9E3779B1u + after) % orderedPairs_.size()];
+    if (known.before == before && known.after == after) return true;
+    if (!(std::string_view(beforeKey) < std::string_view(afterKey))) return false;
+    known = {before, after};
+    return true;
+  }
+
   std::string decodeString(std::size_t at, std::uint64_t ref) {
     std::size_t contents;
     const std::uint64_t count = readCount(at, contents);
@@ -351,7 +392,7 @@ class BinaryReader {
     array.reserve(count);
     const std::uint8_t* refs = data_ + contents;
     for (std::uint64_t i = 0; i < count; ++i) {
-      array.push_back(readObject(readRef(refs + i * refSize_), depth + 1));
+      array.emplace_back(ObjectAt{*this, readRef(refs + i * refSize_), depth + 1});
     }
     state_[ref] = kDone;
     return result;
@@ -368,6 +409,7 @@ class BinaryReader {
     dictionary.reserve(static_cast<std::size_t>(count));
     const std::uint8_t* keyRefs = data_ + contents;
     const std::uint8_t* valueRefs = keyRefs + count * refSize_;
+    std::uint64_t lastKeyRef = 0;  // the key object of the last item
     for (std::uint64_t i = 0; i < count; ++i) {
       const std::uint64_t keyRef = readRef(keyRefs + i * refSize_);
       const std::size_t keyAt = offsetOf(keyRef);
@@ -375,11 +417,18 @@ class BinaryReader {
       if (keyKind != 0x5 && keyKind != 0x6 && keyKind != 0x7) {
         fail("dictionary key (object " + std::to_string(keyRef) + ") is not a string");
       }
-      // Keys usually come sorted, so each one appends in constant time. A
-      // repeated key overwrites its first slot: the last value wins.
-      std::string key = readString(keyAt, keyRef);
-      dictionary.insert_or_assign(std::move(key),
-                                  readObject(readRef(valueRefs + i * refSize_), depth + 1));
+      const std::string& key = readKey(keyAt, keyRef);
+      const ObjectAt value{*this, readRef(valueRefs + i * refSize_), depth + 1};
+      // Keys usually come sorted, and then each one is appended where it is
+      // built. Otherwise it goes to its place; a repeated key overwrites its
+      // first slot: the last value wins.
+      if (dictionary.empty() ||
+          ascending(lastKeyRef, std::prev(dictionary.end())->first, keyRef, key)) {
+        dictionary.appendSorted(key, value);
+        lastKeyRef = keyRef;
+      } else {
+        dictionary.insert_or_assign(std::string(key), Value(value));
+      }
     }
     state_[ref] = kDone;
     return result;
@@ -399,6 +448,12 @@ class BinaryReader {
   // Keys and repeated texts are shared objects, decoded once and copied.
   std::vector<std::uint32_t> stringSlot_;
   std::vector<std::string> strings_;
+  std::string longKey_;
+  struct OrderedPair {
+    std::uint64_t before = ~std::uint64_t{0};
+    std::uint64_t after = ~std::uint64_t{0};
+  };
+  std::array<OrderedPair, 64> orderedPairs_{};
   std::uint64_t repeatBudget_ = 0;
   std::uint64_t payloadBudget_ = 0;
 };
@@ -411,6 +466,7 @@ bool LooksBinary(std::string_view bytes) {
 
 Value ParseBinary(std::string_view bytes, const std::string& name) {
   if (bytes.empty()) throw FileError(name, "empty file");
+  BulkStorageScope bulk;
   return BinaryReader(bytes, name).read();
 }
 

@@ -587,6 +587,7 @@ std::string ToXml(const Value& value) {
 }
 
 Value ParseXml(std::string_view bytes, const std::string& name) {
+  BulkStorageScope bulk;
   if (bytes.empty()) throw FileError(name, "empty file");
   pugi::xml_document document;
   auto result = document.load_buffer(bytes.data(), bytes.size(), kParseOptions);
@@ -594,6 +595,7 @@ Value ParseXml(std::string_view bytes, const std::string& name) {
 }
 
 Value ParseXmlInPlace(std::string& bytes, const std::string& name) {
+  BulkStorageScope bulk;
   if (bytes.empty()) throw FileError(name, "empty file");
   pugi::xml_document document;
   auto result = document.load_buffer_inplace(bytes.data(), bytes.size(), kParseOptions);

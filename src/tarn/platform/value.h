@@ -14,6 +14,8 @@
 #include <variant>
 #include <vector>
 
+#include "tarn/platform/bulk_storage.h"
+
 namespace tarn::plist {
 
 class Value;
@@ -31,8 +33,9 @@ class SortedDictionary {
   using key_type = std::string;
   using mapped_type = V;
   using value_type = std::pair<std::string, V>;
-  using iterator = typename std::vector<value_type>::iterator;
-  using const_iterator = typename std::vector<value_type>::const_iterator;
+  using iterator = typename std::vector<value_type, DictionaryAllocator<value_type>>::iterator;
+  using const_iterator =
+      typename std::vector<value_type, DictionaryAllocator<value_type>>::const_iterator;
   using size_type = std::size_t;
 
   SortedDictionary() = default;
@@ -131,6 +134,15 @@ class SortedDictionary {
     }
     return {items_.emplace(position, std::forward<K>(key), std::forward<M>(value)), true};
   }
+  // Appends an item whose key sorts after every key present, unchecked:
+  // for readers that have already compared the keys.
+  template <class K, class... Args>
+  V& appendSorted(K&& key, Args&&... args) {
+    return items_
+        .emplace_back(std::piecewise_construct, std::forward_as_tuple(std::forward<K>(key)),
+                      std::forward_as_tuple(std::forward<Args>(args)...))
+        .second;
+  }
   template <class K>
   V& operator[](K&& key) {
     return try_emplace(std::forward<K>(key)).first->second;
@@ -155,7 +167,7 @@ class SortedDictionary {
     }
   };
 
-  std::vector<value_type> items_;
+  std::vector<value_type, DictionaryAllocator<value_type>> items_;
 };
 
 using Array = std::vector<Value>;

@@ -1,0 +1,58 @@
+// Storage for the key/value arrays of property-list dictionaries.
+//
+// A document of a million entries is a million small dictionaries. Taking
+// each one's array from the heap, and touching fresh memory a small page at a
+// time, was most of the cost of reading or building such a document. While a
+// BulkStorageScope is open on a thread, dictionaries built on that thread
+// take their arrays from large chunks instead: a bump of a pointer each, in
+// memory backed by huge pages where the system grants them. A chunk is given
+// back when the last array in it is freed, on whatever thread that happens.
+// Outside a scope, arrays come from the heap as usual, so that dictionaries
+// kept for a long time do not hold a chunk each.
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <new>
+
+namespace tarn::plist {
+
+// Opens bulk storage for the current thread until destroyed. Scopes nest.
+class BulkStorageScope {
+ public:
+  BulkStorageScope();
+  ~BulkStorageScope();
+  BulkStorageScope(const BulkStorageScope&) = delete;
+  BulkStorageScope& operator=(const BulkStorageScope&) = delete;
+};
+
+namespace detail {
+
+// Blocks are aligned to 8 bytes, enough for a dictionary's items.
+constexpr std::size_t kDictionaryStorageAlignment = 8;
+void* AllocateDictionaryStorage(std::size_t bytes);
+void FreeDictionaryStorage(void* block) noexcept;
+
+}  // namespace detail
+
+template <class T>
+struct DictionaryAllocator {
+  using value_type = T;
+
+  DictionaryAllocator() = default;
+  template <class U>
+  DictionaryAllocator(const DictionaryAllocator<U>&) {}
+
+  T* allocate(std::size_t count) {
+    static_assert(alignof(T) <= detail::kDictionaryStorageAlignment);
+    if (count > std::numeric_limits<std::size_t>::max() / sizeof(T)) {
+      throw std::bad_array_new_length();
+    }
+    return static_cast<T*>(detail::AllocateDictionaryStorage(count * sizeof(T)));
+  }
+  void deallocate(T* block, std::size_t) noexcept { detail::FreeDictionaryStorage(block); }
+
+  friend bool operator==(const DictionaryAllocator&, const DictionaryAllocator&) { return true; }
+};
+
+}  // namespace tarn::plist
