@@ -47,39 +47,49 @@ struct Chunk {
 };
 constexpr std::size_t kChunkHeaderSize = 64;
 
-Chunk* mapChunk() {
-  void* memory = nullptr;
+// `bytes` (a multiple of kChunkSize) of memory aligned to kChunkSize.
+void* mapHugePages(std::size_t bytes) {
 #if defined(__linux__)
-  // Map twice the size and trim it to an aligned chunk: huge pages need
-  // their natural alignment.
-  void* raw =
-      ::mmap(nullptr, 2 * kChunkSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  // Map a chunk more and trim it to an aligned range: huge pages need their
+  // natural alignment.
+  void* raw = ::mmap(nullptr, bytes + kChunkSize, PROT_READ | PROT_WRITE,
+                     MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (raw == MAP_FAILED) throw std::bad_alloc();
   const auto start = reinterpret_cast<std::uintptr_t>(raw);
   const std::uintptr_t aligned = (start + kChunkSize - 1) & ~(kChunkSize - 1);
   if (aligned != start) ::munmap(raw, aligned - start);
-  const std::uintptr_t tail = aligned + kChunkSize;
-  if (tail != start + 2 * kChunkSize) {
-    ::munmap(reinterpret_cast<void*>(tail), start + 2 * kChunkSize - tail);
+  const std::uintptr_t tail = aligned + bytes;
+  if (tail != start + bytes + kChunkSize) {
+    ::munmap(reinterpret_cast<void*>(tail), start + bytes + kChunkSize - tail);
   }
-  memory = reinterpret_cast<void*>(aligned);
+  void* memory = reinterpret_cast<void*>(aligned);
 #ifdef MADV_HUGEPAGE
-  ::madvise(memory, kChunkSize, MADV_HUGEPAGE);
+  ::madvise(memory, bytes, MADV_HUGEPAGE);
 #endif
+  return memory;
 #else
-  memory = std::aligned_alloc(kChunkSize, kChunkSize);
+  void* memory = std::aligned_alloc(kChunkSize, bytes);
   if (memory == nullptr) throw std::bad_alloc();
+  return memory;
 #endif
-  return new (memory) Chunk{};
+}
+
+void unmapHugePages(void* memory, std::size_t bytes) noexcept {
+#if defined(__linux__)
+  ::munmap(memory, bytes);
+#else
+  (void)bytes;
+  std::free(memory);
+#endif
+}
+
+Chunk* mapChunk() {
+  return new (mapHugePages(kChunkSize)) Chunk{};
 }
 
 void unmapChunk(Chunk* chunk) noexcept {
   chunk->~Chunk();
-#if defined(__linux__)
-  ::munmap(chunk, kChunkSize);
-#else
-  std::free(chunk);
-#endif
+  unmapHugePages(chunk, kChunkSize);
 }
 
 void release(Chunk* chunk, std::uint64_t references) noexcept {
@@ -159,6 +169,23 @@ void FreeDictionaryStorage(void* block) noexcept {
     std::free(raw);
   } else {
     release(chunk, 1);
+  }
+}
+
+void* AllocateLargeBlock(std::size_t bytes) {
+  if (!TARN_BULK_STORAGE || bytes < kChunkSize) {
+    void* block = std::malloc(bytes == 0 ? 1 : bytes);
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
+  }
+  return mapHugePages((bytes + kChunkSize - 1) & ~(kChunkSize - 1));
+}
+
+void FreeLargeBlock(void* block, std::size_t bytes) noexcept {
+  if (!TARN_BULK_STORAGE || bytes < kChunkSize) {
+    std::free(block);
+  } else {
+    unmapHugePages(block, (bytes + kChunkSize - 1) & ~(kChunkSize - 1));
   }
 }
 

@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <limits>
 #include <new>
+#include <vector>
 
 namespace tarn::plist {
 
@@ -33,7 +34,40 @@ constexpr std::size_t kDictionaryStorageAlignment = 8;
 void* AllocateDictionaryStorage(std::size_t bytes);
 void FreeDictionaryStorage(void* block) noexcept;
 
+// Large blocks (2 MB and more) mapped on huge-page boundaries and advised
+// for huge pages; smaller ones from the heap.
+void* AllocateLargeBlock(std::size_t bytes);
+void FreeLargeBlock(void* block, std::size_t bytes) noexcept;
+
 }  // namespace detail
+
+// For the big scratch arrays of readers and writers (offset tables, hash
+// tables): looked up at random, they would otherwise miss the address
+// translation cache on almost every access.
+template <class T>
+struct LargeBlockAllocator {
+  using value_type = T;
+
+  LargeBlockAllocator() = default;
+  template <class U>
+  LargeBlockAllocator(const LargeBlockAllocator<U>&) {}
+
+  T* allocate(std::size_t count) {
+    static_assert(alignof(T) <= alignof(std::max_align_t));
+    if (count > std::numeric_limits<std::size_t>::max() / sizeof(T)) {
+      throw std::bad_array_new_length();
+    }
+    return static_cast<T*>(detail::AllocateLargeBlock(count * sizeof(T)));
+  }
+  void deallocate(T* block, std::size_t count) noexcept {
+    detail::FreeLargeBlock(block, count * sizeof(T));
+  }
+
+  friend bool operator==(const LargeBlockAllocator&, const LargeBlockAllocator&) { return true; }
+};
+
+template <class T>
+using LargeVector = std::vector<T, LargeBlockAllocator<T>>;
 
 template <class T>
 struct DictionaryAllocator {

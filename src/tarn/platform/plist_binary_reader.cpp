@@ -442,11 +442,11 @@ class BinaryReader {
   std::uint64_t objectCount_ = 0;
   std::uint64_t topObject_ = 0;
   std::size_t objectsEnd_ = 0;
-  std::vector<std::uint32_t> offsets_;
-  std::vector<std::uint8_t> state_;
+  LargeVector<std::uint32_t> offsets_;
+  LargeVector<std::uint8_t> state_;
   // Strings decoded so far, by object: slot i + 1 in strings_, 0 for none.
   // Keys and repeated texts are shared objects, decoded once and copied.
-  std::vector<std::uint32_t> stringSlot_;
+  LargeVector<std::uint32_t> stringSlot_;
   std::vector<std::string> strings_;
   std::string longKey_;
   struct OrderedPair {
