@@ -16,6 +16,7 @@
 #include "tarn/model/account_schedule.h"
 #include "tarn/model/currency.h"
 #include "tarn/model/entry_type.h"
+#include "tarn/platform/bulk_storage.h"
 #include "tarn/platform/log.h"
 #include "tarn/reports/account_summary.h"
 
@@ -489,6 +490,8 @@ void TARNAccount::loadFolders(const plist::Value& dictionary) {
 }
 
 plist::Value TARNAccount::asDictionary() const {
+  // The tree of a whole account is built to be written and then dropped.
+  plist::BulkStorageScope bulk;
   plist::Dictionary d;
   d.emplace("name", name_);
   if (currency_) d.emplace("currency", currency_->asDictionary());

@@ -16,28 +16,103 @@
 namespace tarn {
 namespace {
 
-// Keys an entry dictionary can hold: twelve always, three when linked, notes
-// and split lines when present.
-constexpr std::size_t kMostEntryKeys = 17;
+// Keys an entry dictionary always holds; linked entries add three, and
+// notes and split lines one each when present.
+constexpr std::size_t kEntryKeys = 10;
 
 using namespace std::string_view_literals;
 using plist::Dictionary;
 using plist::Value;
 
-// The value under a key when it has the kind the entry dictionary requires.
-// Otherwise logs `missing` (when given) or `wrong`, and answers nullptr.
-const Value* valueOfKind(const Dictionary& dictionary, std::string_view key,
-                         bool (Value::*hasKind)() const, const char* missing, const char* wrong) {
-  auto it = dictionary.find(key);
-  if (it == dictionary.end()) {
+// The keys an entry reads. An account loads every entry it holds, so they
+// are found in one pass over each dictionary rather than one search each.
+enum EntryKey {
+  kDateKey,
+  kNumberKey,
+  kCheckNumberKey,
+  kEntryFlagsKey,
+  kLinkedEntryKey,
+  kLinkedAccountKey,
+  kLinkedExchangedAmountKey,
+  kDescriptionKey,
+  kTypeKey,
+  kCategoryKey,
+  kAmountKey,
+  kToFromKey,
+  kClearedKey,
+  kNotesKey,
+  kSplitLineItemsKey,
+  kEntryKeyCount
+};
+
+int entryKeyOf(std::string_view key) {
+  switch (key.size()) {
+    case 4:
+      if (key == "date") return kDateKey;
+      if (key == "type") return kTypeKey;
+      break;
+    case 5:
+      if (key == "notes") return kNotesKey;
+      break;
+    case 6:
+      if (key == "number") return kNumberKey;
+      if (key == "amount") return kAmountKey;
+      if (key == "toFrom") return kToFromKey;
+      break;
+    case 7:
+      if (key == "cleared") return kClearedKey;
+      break;
+    case 8:
+      if (key == "category") return kCategoryKey;
+      break;
+    case 10:
+      if (key == "entryFlags") return kEntryFlagsKey;
+      break;
+    case 11:
+      if (key == "checkNumber") return kCheckNumberKey;
+      if (key == "description") return kDescriptionKey;
+      if (key == "linkedEntry") return kLinkedEntryKey;
+      break;
+    case 13:
+      if (key == "linkedAccount") return kLinkedAccountKey;
+      break;
+    case 14:
+      if (key == "splitLineItems") return kSplitLineItemsKey;
+      break;
+    case 21:
+      if (key == "linkedExchangedAmount") return kLinkedExchangedAmountKey;
+      break;
+  }
+  return -1;
+}
+
+// The values of an entry dictionary's keys; nullptr for absent ones.
+class EntryFields {
+ public:
+  explicit EntryFields(const Dictionary& dictionary) {
+    for (const auto& [key, value] : dictionary) {
+      if (const int which = entryKeyOf(key); which >= 0) values_[which] = &value;
+    }
+  }
+  const Value* operator[](EntryKey key) const { return values_[key]; }
+
+ private:
+  const Value* values_[kEntryKeyCount] = {};
+};
+
+// `found` when it has the kind the entry dictionary requires. Otherwise logs
+// `missing` (when given) or `wrong`, and answers nullptr.
+const Value* valueOfKind(const Value* found, bool (Value::*hasKind)() const, const char* missing,
+                         const char* wrong) {
+  if (!found) {
     if (missing) Log(missing);
     return nullptr;
   }
-  if (!(it->second.*hasKind)()) {
+  if (!(found->*hasKind)()) {
     Log(wrong);
     return nullptr;
   }
-  return &it->second;
+  return found;
 }
 
 template <typename T>
@@ -113,29 +188,29 @@ std::shared_ptr<TARNAccountEntry> TARNAccountEntry::initWithEntry(const TARNAcco
 
 void TARNAccountEntry::loadFromDictionary(const Value& value) {
   if (!value.isDictionary()) return;
-  const Dictionary& dictionary = value.dictionaryValue();
+  const EntryFields fields(value.dictionaryValue());
   const Value* found = nullptr;
 
   if ((found = valueOfKind(
-           dictionary, "date", &Value::isNumber,
+           fields[kDateKey], &Value::isNumber,
            "No date defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
            "date is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
     date_ = static_cast<DateNumber>(found->longValue());
   }
   if ((found = valueOfKind(
-           dictionary, "number", &Value::isNumber,
+           fields[kNumberKey], &Value::isNumber,
            "No number defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
            "number is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
     number_ = static_cast<std::int32_t>(found->longValue());
   }
   if ((found = valueOfKind(
-           dictionary, "checkNumber", &Value::isNumber,
+           fields[kCheckNumberKey], &Value::isNumber,
            "No checkNumber defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
            "checkNumber is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
     checkNumber_ = static_cast<std::int32_t>(found->longValue());
   }
   if ((found = valueOfKind(
-           dictionary, "entryFlags", &Value::isNumber,
+           fields[kEntryFlagsKey], &Value::isNumber,
            "No entryFlags defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
            "entryFlags is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
     entryFlags_ = found->intValue();
@@ -143,65 +218,65 @@ void TARNAccountEntry::loadFromDictionary(const Value& value) {
   // Link keys count only for an entry that says it is linked.
   if (entryFlags_ & kEntryFlagLinked) {
     if ((found = valueOfKind(
-             dictionary, "linkedEntry", &Value::isNumber, nullptr,
+             fields[kLinkedEntryKey], &Value::isNumber, nullptr,
              "linkedEntry is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
       linkedEntry_ = found->intValue();
     }
     if ((found = valueOfKind(
-             dictionary, "linkedAccount", &Value::isNumber, nullptr,
+             fields[kLinkedAccountKey], &Value::isNumber, nullptr,
              "linkedAccount is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
       linkedAccount_ = found->intValue();
     }
-    if ((found = valueOfKind(dictionary, "linkedExchangedAmount", &Value::isNumber, nullptr,
+    if ((found = valueOfKind(fields[kLinkedExchangedAmountKey], &Value::isNumber, nullptr,
                              "linkedExchangedAmount is in the wrong format in -[TARNAccountEntry "
                              "initWithDictionary:]"))) {
       linkedExchangedAmount_ = found->doubleValue();
     }
   }
   if ((found = valueOfKind(
-           dictionary, "description", &Value::isString,
+           fields[kDescriptionKey], &Value::isString,
            "No description defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
            "description is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
     description_ = found->stringValue();
   }
   if ((found = valueOfKind(
-           dictionary, "type", &Value::isNumber,
+           fields[kTypeKey], &Value::isNumber,
            "No type defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
            "type is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
     type_ = found->intValue();
   }
   if ((found = valueOfKind(
-           dictionary, "category", &Value::isNumber, nullptr,
+           fields[kCategoryKey], &Value::isNumber, nullptr,
            "category is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
     category_ = found->intValue();
   }
   // The stored amount is taken as it stands, without SetAmount's rounding.
   if ((found = valueOfKind(
-           dictionary, "amount", &Value::isNumber,
+           fields[kAmountKey], &Value::isNumber,
            "No amount defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
            "amount is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
     amount_ = found->doubleValue();
   }
   if ((found = valueOfKind(
-           dictionary, "toFrom", &Value::isString,
+           fields[kToFromKey], &Value::isString,
            "No toFrom defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
            "toFrom is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
     toFrom_ = found->stringValue();
   }
   if ((found = valueOfKind(
-           dictionary, "cleared", &Value::isNumber,
+           fields[kClearedKey], &Value::isNumber,
            "No cleared defined for theDictionary in -[TARNAccountEntry initWithDictionary:]",
            "cleared is in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
     cleared_ = found->boolValue() ? 1 : 0;
   }
   if ((found = valueOfKind(
-           dictionary, "notes", &Value::isString, nullptr,
+           fields[kNotesKey], &Value::isString, nullptr,
            "notes are in the wrong format in -[TARNAccountEntry initWithDictionary:]"))) {
     notes_ = found->stringValue();
   }
   // A "splitLineItems" that is no array is passed over without a word.
-  if (auto it = dictionary.find("splitLineItems"); it != dictionary.end() && it->second.isArray()) {
-    const plist::Array& items = it->second.arrayValue();
+  if (const Value* lines = fields[kSplitLineItemsKey]; lines && lines->isArray()) {
+    const plist::Array& items = lines->arrayValue();
     splitLineItems_.reserve(splitLineItems_.size() + items.size());
     for (const Value& itemDictionary : items) {
       auto item = std::make_shared<TARNAccountEntrySplitLineItem>();
@@ -213,35 +288,41 @@ void TARNAccountEntry::loadFromDictionary(const Value& value) {
 
 plist::Value TARNAccountEntry::asDictionary() const {
   Dictionary dictionary;
-  dictionary.reserve(kMostEntryKeys);  // one allocation for the whole entry
+  dictionary.reserve(entryKeyCount());  // one allocation, no slack, for the whole entry
   writeEntryKeys(dictionary);
   return Value(std::move(dictionary));
 }
 
+std::size_t TARNAccountEntry::entryKeyCount() const {
+  return kEntryKeys + (IsLinked() ? 3 : 0) + (notes_.empty() ? 0 : 1) +
+         (splitLineItems_.empty() ? 0 : 1);
+}
+
 void TARNAccountEntry::writeEntryKeys(Dictionary& dictionary) const {
-  // Inserted in key order, each past the last key: no searching while building.
-  dictionary.emplace_hint(dictionary.end(), "amount"sv, amount_);
-  dictionary.emplace_hint(dictionary.end(), "category"sv, std::int64_t{category_});
-  dictionary.emplace_hint(dictionary.end(), "checkNumber"sv, std::int64_t{checkNumber_});
-  dictionary.emplace_hint(dictionary.end(), "cleared"sv, cleared_ != 0);
-  dictionary.emplace_hint(dictionary.end(), "date"sv, std::int64_t{date_});
-  dictionary.emplace_hint(dictionary.end(), "description"sv, description_);
-  dictionary.emplace_hint(dictionary.end(), "entryFlags"sv, std::int64_t{entryFlags_});
+  // Appended in key order (tests compare the result with a sorted dictionary):
+  // no searching or comparing while building.
+  dictionary.appendSorted("amount"sv, amount_);
+  dictionary.appendSorted("category"sv, std::int64_t{category_});
+  dictionary.appendSorted("checkNumber"sv, std::int64_t{checkNumber_});
+  dictionary.appendSorted("cleared"sv, cleared_ != 0);
+  dictionary.appendSorted("date"sv, std::int64_t{date_});
+  dictionary.appendSorted("description"sv, description_);
+  dictionary.appendSorted("entryFlags"sv, std::int64_t{entryFlags_});
   if (IsLinked()) {
-    dictionary.emplace_hint(dictionary.end(), "linkedAccount"sv, std::int64_t{linkedAccount_});
-    dictionary.emplace_hint(dictionary.end(), "linkedEntry"sv, std::int64_t{linkedEntry_});
-    dictionary.emplace_hint(dictionary.end(), "linkedExchangedAmount"sv, linkedExchangedAmount_);
+    dictionary.appendSorted("linkedAccount"sv, std::int64_t{linkedAccount_});
+    dictionary.appendSorted("linkedEntry"sv, std::int64_t{linkedEntry_});
+    dictionary.appendSorted("linkedExchangedAmount"sv, linkedExchangedAmount_);
   }
-  if (!notes_.empty()) dictionary.emplace_hint(dictionary.end(), "notes"sv, notes_);
-  dictionary.emplace_hint(dictionary.end(), "number"sv, std::int64_t{number_});
+  if (!notes_.empty()) dictionary.appendSorted("notes"sv, notes_);
+  dictionary.appendSorted("number"sv, std::int64_t{number_});
   if (!splitLineItems_.empty()) {
     plist::Array items;
     items.reserve(splitLineItems_.size());
     for (const auto& item : splitLineItems_) items.push_back(item->asDictionary());
-    dictionary.emplace_hint(dictionary.end(), "splitLineItems"sv, std::move(items));
+    dictionary.appendSorted("splitLineItems"sv, std::move(items));
   }
-  dictionary.emplace_hint(dictionary.end(), "toFrom"sv, toFrom_);
-  dictionary.emplace_hint(dictionary.end(), "type"sv, std::int64_t{type_});
+  dictionary.appendSorted("toFrom"sv, toFrom_);
+  dictionary.appendSorted("type"sv, std::int64_t{type_});
 }
 
 void TARNAccountEntry::SetDescription(std::optional<std::string> description) {

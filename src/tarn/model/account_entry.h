@@ -170,6 +170,8 @@ class TARNAccountEntry {
   // Writes the entry's keys into `dictionary`; subclasses' asDictionary add
   // theirs to the same map.
   void writeEntryKeys(plist::Dictionary& dictionary) const;
+  // How many keys writeEntryKeys writes.
+  std::size_t entryKeyCount() const;
 
  private:
   struct NeverInitialised {};

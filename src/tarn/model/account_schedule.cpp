@@ -80,7 +80,7 @@ void TARNAccountSchedule::loadFromDictionary(const Value& value) {
 
 plist::Value TARNAccountSchedule::asDictionary() const {
   plist::Dictionary dictionary;
-  dictionary.reserve(24);  // the entry's keys and the six of the schedule
+  dictionary.reserve(entryKeyCount() + 6);  // the entry's keys and the schedule's
   writeEntryKeys(dictionary);
   dictionary["repeatIntervalType"] = Value(repeatIntervalType_);
   dictionary["repeatInterval"] = Value(repeatInterval_);

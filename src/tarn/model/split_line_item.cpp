@@ -1,5 +1,6 @@
 #include "tarn/model/split_line_item.h"
 
+#include <string_view>
 #include <utility>
 
 namespace tarn {
@@ -26,34 +27,33 @@ std::shared_ptr<TARNAccountEntrySplitLineItem> TARNAccountEntrySplitLineItem::in
 }
 
 void TARNAccountEntrySplitLineItem::loadFromDictionary(const plist::Dictionary& dictionary) {
-  // Keys are optional and read silently; a value of the wrong kind is passed over.
-  if (auto it = dictionary.find("category"); it != dictionary.end() && it->second.isNumber()) {
-    category_ = it->second.intValue();
-  }
-  if (auto it = dictionary.find("toFrom"); it != dictionary.end() && it->second.isString()) {
-    toFrom_ = it->second.stringValue();
-  }
-  if (auto it = dictionary.find("description"); it != dictionary.end() && it->second.isString()) {
-    description_ = it->second.stringValue();
-  }
-  if (auto it = dictionary.find("amount"); it != dictionary.end() && it->second.isNumber()) {
-    amount_ = it->second.doubleValue();
-  }
-  if (auto it = dictionary.find("exchangedAmount");
-      it != dictionary.end() && it->second.isNumber()) {
-    exchangedAmount_ = it->second.doubleValue();
+  // Keys are optional and read silently; a value of the wrong kind is passed
+  // over. One pass over the keys: a register holds many of these.
+  for (const auto& [key, value] : dictionary) {
+    const std::string_view name = key;
+    if (name == "category") {
+      if (value.isNumber()) category_ = value.intValue();
+    } else if (name == "toFrom") {
+      if (value.isString()) toFrom_ = value.stringValue();
+    } else if (name == "description") {
+      if (value.isString()) description_ = value.stringValue();
+    } else if (name == "amount") {
+      if (value.isNumber()) amount_ = value.doubleValue();
+    } else if (name == "exchangedAmount") {
+      if (value.isNumber()) exchangedAmount_ = value.doubleValue();
+    }
   }
 }
 
 plist::Value TARNAccountEntrySplitLineItem::asDictionary() const {
-  // Built in key order so that every insertion lands at the end hint.
+  // Appended in key order: no searching or comparing while building.
   plist::Dictionary dictionary;
   dictionary.reserve(5);
-  dictionary.emplace_hint(dictionary.end(), "amount"sv, amount_);
-  dictionary.emplace_hint(dictionary.end(), "category"sv, std::int64_t{category_});
-  dictionary.emplace_hint(dictionary.end(), "description"sv, description_);
-  dictionary.emplace_hint(dictionary.end(), "exchangedAmount"sv, exchangedAmount_);
-  dictionary.emplace_hint(dictionary.end(), "toFrom"sv, toFrom_);
+  dictionary.appendSorted("amount"sv, amount_);
+  dictionary.appendSorted("category"sv, std::int64_t{category_});
+  dictionary.appendSorted("description"sv, description_);
+  dictionary.appendSorted("exchangedAmount"sv, exchangedAmount_);
+  dictionary.appendSorted("toFrom"sv, toFrom_);
   return plist::Value(std::move(dictionary));
 }
 
