@@ -226,11 +226,13 @@ TEST(PlistErrors, MalformedBinarySaysWhatIsWrong) {
 // other order, between and after sorted ones, must still be sorted.
 TEST(PlistErrors, BinaryKeysInAnyOrderReadSortedAndTheLastDuplicateWins) {
   const Value sorted(Dictionary{{"a", 1}, {"b", 2}});
-  // Objects: 0 the list of 2, 1, 2, 3, 4, 5; 1 {b: 2, a: 1}; 2 {a: 1, b: 2};
+  // Objects: 0 the list of 2, 1, 2, 3, 4, 5, 12; 1 {b: 2, a: 1}; 2 {a: 1, b: 2};
   // 3 {b: 1, b: 2, a: 1}; 4 {a: 1, a: 2}; 5 {c: 3, a: 1, b: 2}; then 6 "a",
-  // 7 "b", 8 "c", 9 the integer 1, 10 the integer 2, 11 the integer 3.
+  // 7 "b", 8 "c", 9 the integer 1, 10 the integer 2, 11 the integer 3;
+  // 12 {b: "x", a: "y", c: "z"}, whose values are strings decoded while
+  // its keys are placed; 13 "x", 14 "y", 15 "z".
   const Value list = ParseBinary(handMadeBinary(
-      {"\xA6\x02\x01\x02\x03\x04\x05", "\xD2\x07\x06\x0A\x09", "\xD2\x06\x07\x09\x0A",
+      {"\xA7\x02\x01\x02\x03\x04\x05\x0C", "\xD2\x07\x06\x0A\x09", "\xD2\x06\x07\x09\x0A",
        "\xD3\x07\x07\x06\x09\x0A\x09", "\xD2\x06\x06\x09\x0A", "\xD3\x08\x06\x07\x0B\x09\x0A",
        "\x51"
        "a",
@@ -238,9 +240,16 @@ TEST(PlistErrors, BinaryKeysInAnyOrderReadSortedAndTheLastDuplicateWins) {
        "b",
        "\x51"
        "c",
-       "\x10\x01", "\x10\x02", "\x10\x03"}));
+       "\x10\x01", "\x10\x02", "\x10\x03", "\xD3\x07\x06\x08\x0D\x0E\x0F",
+       "\x51"
+       "x",
+       "\x51"
+       "y",
+       "\x51"
+       "z"}));
   EXPECT_EQ(list, Value(Array{sorted, sorted, sorted, sorted, Value(Dictionary{{"a", 2}}),
-                              Value(Dictionary{{"a", 1}, {"b", 2}, {"c", 3}})}));
+                              Value(Dictionary{{"a", 1}, {"b", 2}, {"c", 3}}),
+                              Value(Dictionary{{"a", "y"}, {"b", "x"}, {"c", "z"}})}));
 }
 
 TEST(PlistErrors, DamagedBinaryFilesNeverCrash) {

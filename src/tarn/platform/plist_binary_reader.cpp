@@ -427,7 +427,10 @@ class BinaryReader {
         dictionary.appendSorted(key, value);
         lastKeyRef = keyRef;
       } else {
-        dictionary.insert_or_assign(std::string(key), Value(value));
+        // The key is copied first: reading the value may decode strings,
+        // which moves the decoded key.
+        std::string placedKey = key;
+        dictionary.insert_or_assign(std::move(placedKey), Value(value));
       }
     }
     state_[ref] = kDone;
