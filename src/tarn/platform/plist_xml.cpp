@@ -342,6 +342,13 @@ class XmlReader {
     while (node && node.type() != pugi::node_element) node = node.next_sibling();
     return node;
   }
+  // Containers reserve their elements up front: dictionaries read in bulk
+  // storage do not reuse the space a growing array leaves behind.
+  static std::size_t countElements(pugi::xml_node parent) {
+    std::size_t count = 0;
+    for (pugi::xml_node child = firstElement(parent); child; child = nextElement(child)) ++count;
+    return count;
+  }
 
   // The text of an element: its embedded text, followed by any text and
   // CDATA children (text after a CDATA section becomes a child of its own).
@@ -400,6 +407,7 @@ class XmlReader {
   Value readArray(pugi::xml_node element, int depth) {
     Value result{Array{}};
     Array& array = result.mutableArray();
+    array.reserve(countElements(element));
     for (pugi::xml_node child = firstElement(element); child; child = nextElement(child)) {
       array.push_back(readValue(child, depth + 1));
     }
@@ -409,6 +417,7 @@ class XmlReader {
   Value readDictionary(pugi::xml_node element, int depth) {
     Value result{Dictionary{}};
     Dictionary& dictionary = result.mutableDictionary();
+    dictionary.reserve(countElements(element) / 2);
     for (pugi::xml_node key = firstElement(element); key;) {
       if (std::strcmp(key.name(), "key") != 0) {
         fail(std::string("expected <key> in a dictionary, found <") + key.name() + ">", key);
