@@ -217,8 +217,7 @@ void utf8ToUtf16(std::string_view text, std::vector<char16_t>& out) {
 // they are met; a scalar is written to the output the moment it is met (the
 // offset table, not the order of the bytes, says where each object is), so
 // the tree is read only once. Containers are written after the walk, when the
-// number of objects, and so the width of a reference, is known. Equal strings,
-// numbers, dates and data share one object.
+// number of objects, and so the width of a reference, is known.
 class BinaryEncoder {
  public:
   std::string encode(const Value& top) {
@@ -249,7 +248,7 @@ class BinaryEncoder {
     const unsigned refSize = bytesFor(offsets_.size() - 1);
     for (const Container& container : containers_) writeContainer(container, refSize);
     const std::uint64_t tableOffset = out_.size();
-    const unsigned offsetSize = bytesFor(tableOffset);
+    const unsigned offsetSize = bytesFor(*std::max_element(offsets_.begin(), offsets_.end()));
     std::uint8_t* p = out_.extend(offsets_.size() * offsetSize);
     for (std::uint64_t offset : offsets_) p = putBigEndian(p, offset, offsetSize);
     p = out_.extend(32);
@@ -292,11 +291,12 @@ class BinaryEncoder {
     }
   }
 
-  // What a scalar is found by in the index: its bits, or its bytes' hash.
+  // What a scalar is looked up by: its bits (numbers, dates) or the hash of
+  // its bytes (strings, data).
   struct Probe {
     std::uint64_t bits = 0;
     ObjectKind kind = ObjectKind::Integer;
-    bool indexed = false;  // false: containers, booleans and small integers
+    bool lookedUp = false;  // in a table by its bits; not for containers, booleans, small integers
   };
 
   static Probe probeOf(const Value& value) {
@@ -353,7 +353,7 @@ class BinaryEncoder {
     for (const auto& item : value.dictionaryValue()) {
       if (item.second.isNil()) continue;
       const Probe& probe = prepared.probes.emplace_back(probeOf(item.second));
-      if (!probe.indexed) continue;
+      if (!probe.lookedUp) continue;
       if (probe.kind == ObjectKind::String || probe.kind == ObjectKind::Data) {
         textIndex_.prefetch(probe.bits);
       } else {
@@ -409,7 +409,7 @@ class BinaryEncoder {
       }
       case Value::Kind::Integer:
         // Small counts, types and flags recur on every entry: a table, not a hash.
-        if (!probe.indexed) {
+        if (!probe.lookedUp) {
           std::uint32_t& shared = smallIntegers_[static_cast<std::size_t>(value.longValue())];
           if (shared == kNoObject) {
             shared = newObject();
