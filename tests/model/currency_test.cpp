@@ -2,16 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <tuple>
+
 namespace tarn {
 namespace {
 
 constexpr const char* kZeroWidthSpace = "\xE2\x80\x8B";
-
-class CurrencyTest : public ::testing::Test {
- protected:
-  void SetUp() override { CalendarDate::overrideNow(CalendarDate(2007, 3, 15, 10, 30)); }
-  void TearDown() override { CalendarDate::overrideNow(std::nullopt); }
-};
 
 std::optional<double> parse(const TARNNumberFormatter& formatter, std::string_view text) {
   std::optional<double> value;
@@ -23,26 +20,21 @@ std::shared_ptr<PFCurrency> krona() {
   return PFCurrency::initWithCode("SEK", "Swedish krona", "kr", false, " ", ",", 0.1, 20070301);
 }
 
-TEST_F(CurrencyTest, DefaultsAndDictionaryRoundTrip) {
-  // Missing keys keep the defaults; lastUpdate is today, rate 1.0.
-  plist::Value partial(plist::Dictionary{{"code", plist::Value("EUR")},
-                                         {"symbolPrecedesAmounts", plist::Value(false)}});
-  auto euro = PFCurrency::initWithDictionary(partial);
-  EXPECT_EQ(euro->code(), "EUR");
-  EXPECT_EQ(euro->description(), "Brisal Software Dollar");
-  EXPECT_EQ(euro->symbol(), "$");
+TEST(Currency, DefaultsAndDictionaryRoundTrip) {
+  // Missing keys keep the defaults; lastUpdate is today.
+  CalendarDate::overrideNow(CalendarDate(2007, 3, 15, 10, 30));
+  auto euro = PFCurrency::initWithDictionary(plist::Dictionary{
+      {"code", plist::Value("EUR")}, {"symbolPrecedesAmounts", plist::Value(false)}});
+  CalendarDate::overrideNow(std::nullopt);
+  EXPECT_EQ(euro->code() + euro->symbol(), "EUR$");
   EXPECT_FALSE(euro->symbolPrecedesAmounts());
   EXPECT_EQ(euro->rate(), 1.0);
   EXPECT_EQ(euro->lastUpdate(), 20070315);
 
-  auto original = krona();
-  const plist::Value stored = original->asDictionary();
+  const plist::Value stored = krona()->asDictionary();
   ASSERT_EQ(stored.dictionaryValue().size(), 8u);
-  EXPECT_TRUE(stored.find("symbolPrecedesAmounts")->isBoolean());
-  EXPECT_TRUE(stored.find("rate")->isReal());
-  EXPECT_EQ(stored.find("lastUpdate")->intValue(), 20070301);
+  EXPECT_TRUE(stored.find("symbolPrecedesAmounts")->isBoolean() && stored.find("rate")->isReal());
   EXPECT_EQ(PFCurrency::initWithDictionary(stored)->asDictionary(), stored);
-
   // Editing copies load the same keys and start unused, standing for nothing.
   auto editing = PFEditingCurrency::initWithDictionary(stored);
   EXPECT_EQ(editing->asDictionary(), stored);
@@ -50,7 +42,7 @@ TEST_F(CurrencyTest, DefaultsAndDictionaryRoundTrip) {
   EXPECT_EQ(editing->original(), nullptr);
 }
 
-TEST_F(CurrencyTest, NilAndEmptyStringsBecomeEmptyOrZeroWidthSpace) {
+TEST(Currency, NilAndEmptyStringsBecomeEmptyOrZeroWidthSpace) {
   PFCurrency currency;
   currency.setCode(std::nullopt);
   currency.setSymbol(std::nullopt);
@@ -69,38 +61,34 @@ TEST_F(CurrencyTest, NilAndEmptyStringsBecomeEmptyOrZeroWidthSpace) {
   EXPECT_EQ(parse(*currency.formatter(), "$ 1234.50"), 1234.5);
 }
 
-TEST_F(CurrencyTest, FormattersWriteAndReadTheCurrencysAmounts) {
+TEST(Currency, FormattersWriteAndReadTheCurrencysAmounts) {
   PFCurrency dollar;
-  EXPECT_EQ(dollar.formatString(), "$ #,##0.00;$ 0.00; -$ #,##0.00");
   auto sek = krona();
+  EXPECT_EQ(dollar.formatString(), "$ #,##0.00;$ 0.00; -$ #,##0.00");
   EXPECT_EQ(sek->formatString(), "#,##0.00 kr; 0,00 kr;-#,##0.00 kr");
-  auto formatter = dollar.formatter();
-  const struct {
-    decltype(dollar.formatter()) formatter;
-    double value;
-    const char* expected;
-  } rows[] = {{formatter, 1234.5, "$ 1,234.50"},  {formatter, -1234.5, " -$ 1,234.50"},
-              {formatter, 0, "$ 0.00"},           {formatter, 0.004, "$ 0.00"},
-              {formatter, 2.675, "$ 2.68"},       {sek->formatter(), 1234567.5, "1 234 567,50 kr"},
-              {sek->formatter(), -3, "-3,00 kr"}, {sek->formatter(), 0, " 0,00 kr"}};
-  for (const auto& row : rows) {
-    EXPECT_EQ(row.formatter->stringForObjectValue(row.value), row.expected) << row.value;
+  const std::tuple<const PFCurrency*, double, const char*> rows[] = {
+      {&dollar, 1234.5, "$ 1,234.50"},
+      {&dollar, -1234.5, " -$ 1,234.50"},
+      {&dollar, 0, "$ 0.00"},
+      {&dollar, 2.675, "$ 2.68"},
+      {sek.get(), 1234567.5, "1 234 567,50 kr"},
+      {sek.get(), -3, "-3,00 kr"},
+      {sek.get(), 0, " 0,00 kr"}};
+  for (const auto& [currency, value, expected] : rows) {
+    EXPECT_EQ(currency->formatter()->stringForObjectValue(value), expected) << value;
   }
-  EXPECT_EQ(parse(*formatter, "$1,234.50"), 1234.5);
-  EXPECT_EQ(parse(*formatter, "-$1,234.50"), -1234.5);
-  EXPECT_EQ(parse(*formatter, "abc"), 0.0);
+  EXPECT_EQ(parse(*dollar.formatter(), "$1,234.50"), 1234.5);
+  EXPECT_EQ(parse(*dollar.formatter(), "abc"), 0.0);
   EXPECT_EQ(parse(*sek->formatter(), "1 234,50 kr"), 1234.5);
 
   // Each signed formatter refuses the other sign and reads 0 instead.
-  auto negative = dollar.negativeFormatter();
-  auto positive = dollar.positiveFormatter();
-  EXPECT_EQ(parse(*negative, "-$12.00"), -12.0);
-  EXPECT_EQ(parse(*negative, "$12.00"), 0.0);
-  EXPECT_EQ(parse(*positive, "$12.00"), 12.0);
-  EXPECT_EQ(parse(*positive, "-$12.00"), 0.0);
+  EXPECT_EQ(parse(*dollar.negativeFormatter(), "-$12.00"), -12.0);
+  EXPECT_EQ(parse(*dollar.negativeFormatter(), "$12.00"), 0.0);
+  EXPECT_EQ(parse(*dollar.positiveFormatter(), "$12.00"), 12.0);
+  EXPECT_EQ(parse(*dollar.positiveFormatter(), "-$12.00"), 0.0);
 }
 
-TEST_F(CurrencyTest, FormatChangesDiscardTheCachedFormatters) {
+TEST(Currency, FormatChangesDiscardTheCachedFormatters) {
   PFCurrency currency;
   auto formatter = currency.formatter();
   auto negative = currency.negativeFormatter();
@@ -112,30 +100,25 @@ TEST_F(CurrencyTest, FormatChangesDiscardTheCachedFormatters) {
   currency.setLastUpdate(20070101);
   EXPECT_EQ(currency.formatter(), formatter);
   EXPECT_EQ(currency.negativeFormatter(), negative);
-
   currency.setSymbol("US$");
-  auto renewed = currency.formatter();
-  EXPECT_NE(renewed, formatter);
   EXPECT_NE(currency.negativeFormatter(), negative);
   EXPECT_NE(currency.positiveFormatter(), positive);
-  EXPECT_EQ(renewed->stringForObjectValue(5), "US$ 5.00");
+  EXPECT_EQ(currency.formatter()->stringForObjectValue(5), "US$ 5.00");
 
-  currency.setSymbolPrecedesAmounts(false);
-  EXPECT_NE(currency.formatter(), renewed);
-  renewed = currency.formatter();
-  currency.setDecimalSeparator(",");
-  EXPECT_NE(currency.formatter(), renewed);
-  renewed = currency.formatter();
-  currency.setThousandsSeparator(" ");
-  EXPECT_NE(currency.formatter(), renewed);
-  EXPECT_EQ(currency.formatString(), "#,##0.00 US$; 0,00 US$;-#,##0.00 US$");
+  const std::function<void()> changes[] = {[&] { currency.setSymbolPrecedesAmounts(false); },
+                                           [&] { currency.setDecimalSeparator(","); },
+                                           [&] { currency.setThousandsSeparator(" "); }};
+  for (const auto& change : changes) {
+    formatter = currency.formatter();
+    change();
+    EXPECT_NE(currency.formatter(), formatter);
+  }
   EXPECT_EQ(currency.formatter()->stringForObjectValue(1234.5), "1 234,50 US$");
-
   PFCurrency copy = currency;  // a copy builds its own formatters
   EXPECT_NE(copy.formatter(), currency.formatter());
 }
 
-TEST_F(CurrencyTest, ConvertsByRatesAndSortsByCode) {
+TEST(Currency, ConvertsByRatesAndSortsByCode) {
   auto home = PFCurrency::initWithCode("USD", "US dollar", "$", true, ",", ".", 1.0, 20070315);
   auto dearer = PFCurrency::initWithCode("gbp", "Pound", "£", true, ",", ".", 1.25, 20070315);
   EXPECT_DOUBLE_EQ(home->convertAmount(100, dearer), 80.0);
