@@ -39,7 +39,6 @@ TEST(NumberFormatter, WritesAsThePatternSays) {
     const char* expected;
   } rows[] = {
       {plain, 1234567.891, "1,234,567.89"},
-      {plain, 999.99, "999.99"},
       {plain, -1234.5, "-1,234.50"},  // no negative section
       // Halves away from zero on the decimal reading (2.675 is just below it in binary).
       {plain, 2.675, "2.68"},
@@ -56,7 +55,6 @@ TEST(NumberFormatter, WritesAsThePatternSays) {
       {first, -1234.5, " -$ 1,234.50"},
       {first, 0, "$ 0.00"},
       {last, 1234567.5, "1.234.567,50 kr"},
-      {last, -0.5, "-0,50 kr"},
       {last, 0, " 0,00 kr"},  // the zero section as it stands, with its own separator
       {last, -0.0, " 0,00 kr"},
       {accounting, -12, "(12.00)"},                       // two sections are positive and negative
