@@ -344,40 +344,32 @@ TEST(AccountEntry, SyncToEntrySwapsAmountsOnlyBetweenDistinctCurrencyObjects) {
     from.SetNumber(1);
     from.setCurrency(dollar);
     to.setCurrency(otherCurrency);
-    TARNAccountEntry source, mirror;
-    source.SetAccount(&from);
-    source.SetNumber(8);
-    source.SetDescription("Move to savings");
-    same ? source.SetIsDebit(true) : source.SetIsDeposit(true);
-    source.SetVoid(same);
-    source.SetAmount(-100.0);
-    source.SetLinkedExchangedAmount(-80.0);
-    source.addSplitLineItem(LineItem::initWithCategory(3, "Part", "Bank", -60.0, -48.0));
-    source.addSplitLineItem(LineItem::initWithCategory(4, "Rest", "Bank", -40.0, -32.0));
+    auto source = fullEntry();  // a void debit
+    source->SetAccount(&from);
+    if (!same) source->SetIsDeposit(true);
+    source->SetVoid(same);
+    TARNAccountEntry mirror;
     mirror.SetAccount(&to);
     same ? mirror.SetIsDebit(true) : mirror.SetIsDeposit(true);
     mirror.SetVoid(!same);
     mirror.SetLinkedExchangedAmount(5.0);
     mirror.addSplitLineItemWithCategory(9, "stale", "", 1.0);
 
-    source.syncToEntry(mirror);
+    source->syncToEntry(mirror);
     // Linked, on the opposite side of the source, void as the source.
     EXPECT_EQ(std::tuple(mirror.IsLinked(), mirror.IsDeposit(), mirror.IsDebit(), mirror.GetVoid()),
               std::tuple(true, same, !same, same));
-    EXPECT_EQ(std::pair(mirror.GetLinkedEntry(), mirror.GetLinkedAccount()), std::pair(8, 1));
+    EXPECT_EQ(std::pair(mirror.GetLinkedEntry(), mirror.GetLinkedAccount()), std::pair(42, 1));
     EXPECT_EQ(mirror.GetToFrom(), "Checking");
-    EXPECT_EQ(mirror.GetDescription(), "Move to savings");
+    EXPECT_EQ(mirror.GetDescription(), "Groceries and fuel");
     // Amounts as they stand (the caller chooses the signs); exchanged left alone if same.
-    EXPECT_EQ(mirror.asDictionary().find("amount")->doubleValue(), same ? -100.0 : -80.0);
-    EXPECT_EQ(mirror.GetLinkedExchangedAmount(), same ? 5.0 : -100.0);
+    EXPECT_EQ(mirror.asDictionary().find("amount")->doubleValue(), same ? -75.5 : -60.25);
+    EXPECT_EQ(mirror.GetLinkedExchangedAmount(), same ? 5.0 : -75.5);
     ASSERT_EQ(mirror.splitLineItems().size(), 2u);
-    EXPECT_NE(mirror.splitLineItems()[0], source.splitLineItems()[0]);
-    EXPECT_EQ(
-        *mirror.splitLineItems()[0],
-        *LineItem::initWithCategory(3, "Part", "Bank", same ? -60.0 : -48.0, same ? -48.0 : -60.0));
+    EXPECT_NE(mirror.splitLineItems()[1], source->splitLineItems()[1]);
     EXPECT_EQ(
         *mirror.splitLineItems()[1],
-        *LineItem::initWithCategory(4, "Rest", "Bank", same ? -40.0 : -32.0, same ? -32.0 : -40.0));
+        *LineItem::initWithCategory(6, "Fuel", "Pump", same ? -25.5 : -20.0, same ? -20.0 : -25.5));
   }
 }
 
@@ -387,35 +379,26 @@ TEST(AccountEntry, SpeakableStringReadsTheEntryAloud) {
   TARNAccount account;
   account.types() = {makeType(4, "Check")};
   auto autoCategory = makeCategory(10, "Auto");
-  autoCategory->addChild(makeCategory(11, "Fuel"));
+  autoCategory->addChild(makeCategory(17, "Fuel"));
   account.categories().push_back(autoCategory->allChildren()[0]);
-
-  TARNAccountEntry entry;
-  entry.SetAccount(&account);
-  entry.SetDate(20070315);
-  entry.SetIsDebit(true);
-  entry.SetAmount(-12.345);
-  entry.SetType(4);
-  entry.SetCategory(11);
-  entry.SetIsCheck(true);
-  entry.SetCheckNumber(101);
-  entry.SetToFrom("Shell");
-  entry.SetDescription("Gas");
-  entry.SetCleared(1);
-  EXPECT_EQ(entry.asSpeakableString(),
-            "03/15/07.  Debit in the Amount of:  -12.35 .  Type:  Check .  Category:  Fuel .  "
-            "Check Number:  101 .  To:  Shell .  Description:  Gas .  Resolved .  ");
+  auto entry = fullEntry();
+  entry->SetAccount(&account);
+  EXPECT_EQ(entry->asSpeakableString(),
+            "03/15/07.  Debit in the Amount of:  -75.50 .  Type:  Check .  Category:  Fuel .  "
+            "Check Number:  1001 .  To:  Corner Store .  Description:  Groceries and fuel .  "
+            "Resolved .  ");
 
   // Unknown type and category, no check or description, a deposit, unresolved.
-  entry.SetIsDeposit(true);
-  entry.SetAmount(250.0);
-  entry.SetType(5);
-  entry.SetCategory(-1);
-  entry.SetIsCheck(false);
-  entry.SetDescription("");
-  entry.SetCleared(0);
-  EXPECT_EQ(entry.asSpeakableString(),
-            "03/15/07.  Deposit in the Amount of:  250.00 .  From:  Shell .  Unresolved .  ");
+  entry->SetIsDeposit(true);
+  entry->SetAmount(250.0);
+  entry->SetType(5);
+  entry->SetCategory(-1);
+  entry->SetIsCheck(false);
+  entry->SetDescription("");
+  entry->SetCleared(0);
+  EXPECT_EQ(
+      entry->asSpeakableString(),
+      "03/15/07.  Deposit in the Amount of:  250.00 .  From:  Corner Store .  Unresolved .  ");
   // Neither debit nor deposit: no amount and no party sentence.
   TARNAccountEntry neither;
   neither.SetDate(20070315);
