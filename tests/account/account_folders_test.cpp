@@ -11,15 +11,9 @@
 namespace tarn {
 namespace {
 
-using testing::CapturedLog;
-using testing::MakeEntry;
-using testing::PinnedClock;
-
-std::vector<int> Numbers(const TARNAccount::Entries& entries) {
-  std::vector<int> numbers;
-  for (const auto& entry : entries) numbers.push_back(entry->GetNumber());
-  return numbers;
-}
+using namespace testing;
+using V = std::vector<std::int32_t>;
+using Lines = std::vector<std::string>;
 
 TEST(AccountFolder, NameEntriesTotalAndDictionary) {
   TARNAccountFolder folder;
@@ -33,29 +27,24 @@ TEST(AccountFolder, NameEntriesTotalAndDictionary) {
   auto copy = TARNAccountFolder::initWithDictionary(folder.asDictionary());
   ASSERT_NE(copy, nullptr);
   EXPECT_EQ(copy->asDictionary(), folder.asDictionary());
-  EXPECT_EQ(Numbers(copy->entries()), (std::vector<int>{1, 2, 3}));
+  EXPECT_EQ(Numbers(copy->entries()), (V{1, 2, 3}));
   EXPECT_DOUBLE_EQ(copy->total(), -6.25);
   EXPECT_EQ(TARNAccountFolder::initWithDictionary(plist::Value(3)), nullptr);
 
-  // Entry problems are told with the account loader's words.
+  // Entry problems are told in the account loader's words.
   CapturedLog log;
   plist::Value bad(plist::Dictionary{{"entries", plist::Value("x")}});
   TARNAccountFolder::initWithDictionary(bad);
-  EXPECT_EQ(log.lines(),
-            std::vector<std::string>{"Invalid theArray supplied to -[TARNAccount InitEntries]"});
-  log.clear();
   bad.set("entries", plist::Array{plist::Value(1), MakeEntry(9, 20240101, 1.0)->asDictionary()});
-  auto partly = TARNAccountFolder::initWithDictionary(bad);
-  EXPECT_EQ(log.lines(),
-            std::vector<std::string>{"Invalid theValue encountered in -[TARNAccount InitEntries]"});
-  EXPECT_EQ(Numbers(partly->entries()), std::vector<int>{9});
+  EXPECT_EQ(Numbers(TARNAccountFolder::initWithDictionary(bad)->entries()), V{9});
+  EXPECT_EQ(log.lines(), (Lines{"Invalid theArray supplied to -[TARNAccount InitEntries]",
+                                "Invalid theValue encountered in -[TARNAccount InitEntries]"}));
 }
 
 TEST(AccountFolders, ListsIgnoreDuplicatesAbsenteesAndBadIndexes) {
   TARNAccount account;
   account.removeAllSmartFolders();
-  auto a = std::make_shared<TARNFilter>();
-  auto b = std::make_shared<TARNFilter>();
+  auto a = std::make_shared<TARNFilter>(), b = std::make_shared<TARNFilter>();
   for (const auto& each : {a, a, std::shared_ptr<TARNFilter>(), b}) account.addSmartFolder(each);
   account.removeSmartFolder(std::make_shared<TARNFilter>());
   account.removeSmartFolderAtIndex(-1);
@@ -64,55 +53,45 @@ TEST(AccountFolders, ListsIgnoreDuplicatesAbsenteesAndBadIndexes) {
   account.removeSmartFolderAtIndex(0);
   EXPECT_EQ(account.smartFolders(), TARNAccount::Filters{b});
 
-  auto f = std::make_shared<TARNAccountFolder>();
-  auto g = std::make_shared<TARNAccountFolder>();
+  auto f = std::make_shared<TARNAccountFolder>(), g = std::make_shared<TARNAccountFolder>();
   for (const auto& each : {f, f, g}) account.addFolder(each);
   account.removeFolderAtIndex(5);
   account.removeFolder(std::make_shared<TARNAccountFolder>());
   EXPECT_EQ(account.folders(), (TARNAccount::Folders{f, g}));
   account.removeFolder(f);
   EXPECT_EQ(account.folders(), TARNAccount::Folders{g});
+  account.setFolder(std::make_shared<TARNAccountFolder>());  // not in the list: not kept
+  EXPECT_EQ(account.folder(), nullptr);
 
-  // SetFolders points folder entries at the account; selections are not kept alive.
+  // Entries go to the selected folder and come out of wherever they are.
+  auto inRegister = Add(account, 1, 20240101, -5.0);
+  account.setFolder(g);
+  auto inFolder = Add(account, 2, 20240102, -6.0);
+  EXPECT_EQ(Numbers(account.GetEntries()), V{1});
+  EXPECT_EQ(Numbers(g->entries()), V{2});
+  EXPECT_EQ(inFolder->GetAccount(), &account);
+  account.RemoveEntry(inFolder);
+  account.RemoveEntry(inRegister);
+  EXPECT_TRUE(g->entries().empty());
+  EXPECT_TRUE(account.GetEntries().empty());
+  // SetFolders points the folders' entries at the account.
   auto h = std::make_shared<TARNAccountFolder>();
   h->setEntries({MakeEntry(1, 20240101, 1.0)});
   account.SetFolders({h});
   EXPECT_EQ(h->entries()[0]->GetAccount(), &account);
-  account.setFolder(std::make_shared<TARNAccountFolder>());
-  EXPECT_EQ(account.folder(), nullptr);
 }
 
-TEST(AccountFolders, AddAndRemoveEntries) {
-  TARNAccount account;
-  auto inRegister = MakeEntry(1, 20240101, -5.0);
-  account.AddEntry(inRegister);
-  auto folder = std::make_shared<TARNAccountFolder>();
-  account.addFolder(folder);
-  account.setFolder(folder);
-  auto inFolder = MakeEntry(2, 20240102, -6.0);
-  account.AddEntry(inFolder);
-  EXPECT_EQ(Numbers(account.GetEntries()), std::vector<int>{1});
-  EXPECT_EQ(Numbers(folder->entries()), std::vector<int>{2});
-  EXPECT_EQ(inFolder->GetAccount(), &account);
-  account.RemoveEntry(inFolder);
-  EXPECT_TRUE(folder->entries().empty());
-  account.RemoveEntry(inRegister);
-  EXPECT_TRUE(account.GetEntries().empty());
-}
-
-struct ConditionSummary {
+struct Condition {
   int field, logic, qualifier;
   plist::Value data;
-  bool operator==(const ConditionSummary&) const = default;
+  bool operator==(const Condition&) const = default;
 };
 
-std::vector<ConditionSummary> Conditions(const TARNFilter& filter) {
-  std::vector<ConditionSummary> out;
+std::vector<Condition> Conditions(const TARNFilter& filter) {
+  std::vector<Condition> out;
   for (const auto& group : filter.conditionGroups()) {
-    for (const auto& condition : group->conditions()) {
-      out.push_back(
-          {condition->category(), condition->logic(), condition->qualifier(), condition->data()});
-    }
+    for (const auto& each : group->conditions())
+      out.push_back({each->category(), each->logic(), each->qualifier(), each->data()});
   }
   return out;
 }
@@ -120,21 +99,18 @@ std::vector<ConditionSummary> Conditions(const TARNFilter& filter) {
 TEST(AccountViewFilters, FiltersBuiltFromTheSettings) {
   PinnedClock clock;
   TARNAccount account;
-  account.AddEntry(MakeEntry(1, 20240310, -1.0));
-  account.AddEntry(MakeEntry(2, 20231105, -1.0));
-  account.AddEntry(MakeEntry(3, 20240101, -1.0));
+  int number = 0;
+  for (DateNumber date : {20240310, 20231105, 20240101}) Add(account, ++number, date, -1.0);
 
-  // Defaults: search anything for "", all entries' dates, no flags.
+  // Defaults: search anything for "", the dates of all entries, no flags.
   auto filter = account.entryFilter();
   EXPECT_EQ(filter->name(), "General");
   ASSERT_EQ(filter->conditionGroups().size(), 1u);
   EXPECT_EQ(filter->conditionGroups()[0]->logic(), 0);
   EXPECT_EQ(filter->conditionGroups()[0]->qualifier(), 1);
-  EXPECT_EQ(Conditions(*filter), (std::vector<ConditionSummary>{
-                                     {50, 1, 6, plist::Value("")},
-                                     {1, 1, 2, plist::Value(20231104)},
-                                     {1, 1, 0, plist::Value(20240311)},
-                                 }));
+  EXPECT_EQ(Conditions(*filter), (std::vector<Condition>{{50, 1, 6, plist::Value("")},
+                                                         {1, 1, 2, plist::Value(20231104)},
+                                                         {1, 1, 0, plist::Value(20240311)}}));
 
   account.setReconcileFilterType(kViewSearchSplitCategory);
   account.setReconcileFilterData(plist::Value());
@@ -143,23 +119,19 @@ TEST(AccountViewFilters, FiltersBuiltFromTheSettings) {
   account.setReconcileTaxDeductibleFilterType(kViewTaxDeductibleOnly);
   filter = account.reconcileFilter();
   EXPECT_EQ(filter->name(), "Split Category");
-  EXPECT_EQ(Conditions(*filter), (std::vector<ConditionSummary>{
-                                     {20, 1, 6, plist::Value("")},
-                                     {1, 1, 2, plist::Value(20231104)},
-                                     {1, 1, 0, plist::Value(20240616)},
-                                     {6, 1, 1, plist::Value(false)},
-                                     {7, 1, 1, plist::Value(true)},
-                                 }));
+  EXPECT_EQ(Conditions(*filter), (std::vector<Condition>{{20, 1, 6, plist::Value("")},
+                                                         {1, 1, 2, plist::Value(20231104)},
+                                                         {1, 1, 0, plist::Value(20240616)},
+                                                         {6, 1, 1, plist::Value(false)},
+                                                         {7, 1, 1, plist::Value(true)}}));
 
-  // Named periods, the custom range, and types outside the tables.
-  const std::pair<int, std::pair<int, int>> periods[] = {
-      {kViewDateToday, {20240615, 20240615}},
-      {kViewDateYesterday, {20240614, 20240614}},
-      {31, {20240601, 20240630}},
-      {43, {20230101, 20231231}},
-      {51, {20240601, 20240615}},
-      {kViewDateCustom, {20240201, 20240229}},
-  };
+  // Named periods and the custom range; types outside the tables add nothing.
+  const std::pair<int, std::pair<int, int>> periods[] = {{kViewDateToday, {20240615, 20240615}},
+                                                         {kViewDateYesterday, {20240614, 20240614}},
+                                                         {31, {20240601, 20240630}},
+                                                         {43, {20230101, 20231231}},
+                                                         {51, {20240601, 20240615}},
+                                                         {kViewDateCustom, {20240201, 20240229}}};
   account.setEntryDateFilterStartDate(20240201);
   account.setEntryDateFilterEndDate(20240229);
   for (const auto& [type, range] : periods) {
@@ -176,53 +148,43 @@ TEST(AccountViewFilters, FiltersBuiltFromTheSettings) {
   account.setEntryFilterData(plist::Value("101"));
   filter = account.entryFilter();
   EXPECT_EQ(filter->name(), "Check Number");
-  EXPECT_EQ(Conditions(*filter), (std::vector<ConditionSummary>{
-                                     {10, 1, 6, plist::Value("101")},
-                                     {6, 1, 1, plist::Value(true)},
-                                 }));
+  EXPECT_EQ(Conditions(*filter), (std::vector<Condition>{{10, 1, 6, plist::Value("101")},
+                                                         {6, 1, 1, plist::Value(true)}}));
   EXPECT_TRUE(Conditions(*account.filterForViewType(3)).empty());
 }
 
 TEST(AccountViewFilters, FilteredEntriesOfTheTwoViews) {
   PinnedClock clock;
   TARNAccount account;
-  for (int i = 1; i <= 6; ++i) {
-    auto entry =
-        MakeEntry(i, 20240100 + i, i % 2 ? -10.0 * i : 10.0 * i, "item " + std::to_string(i));
-    entry->SetCleared(i <= 2 ? 1 : 0);
-    account.AddEntry(entry);
-  }
-  // Default settings show every entry.
-  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (std::vector<int>{1, 2, 3, 4, 5, 6}));
-  EXPECT_EQ(Numbers(account.reconcileFilteredEntries()), (std::vector<int>{1, 2, 3, 4, 5, 6}));
-
+  for (int i = 1; i <= 6; ++i)
+    Add(account, i, 20240100 + i, i % 2 ? -10.0 * i : 10.0 * i)->SetCleared(i <= 2 ? 1 : 0);
+  // The default settings pass every entry.
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (V{1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(Numbers(account.reconcileFilteredEntries()), (V{1, 2, 3, 4, 5, 6}));
   account.setReconcileResolvedFilterType(kViewUnresolvedOnly);
-  EXPECT_EQ(Numbers(account.reconcileFilteredEntries()), (std::vector<int>{3, 4, 5, 6}));
-  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (std::vector<int>{1, 2, 3, 4, 5, 6}));
-
+  EXPECT_EQ(Numbers(account.reconcileFilteredEntries()), (V{3, 4, 5, 6}));
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (V{1, 2, 3, 4, 5, 6}));
   account.setEntryDateFilterType(kViewDateCustom);
   account.setEntryDateFilterStartDate(20240102);
   account.setEntryDateFilterEndDate(20240105);
-  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (std::vector<int>{2, 3, 4, 5}));
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (V{2, 3, 4, 5}));
 
-  // A smart folder narrows the view further.
+  // A smart folder narrows the view; a selected folder hides it and shows its own entries.
   auto deposits = std::make_shared<TARNFilter>();
   auto group = std::make_shared<TARNFilterConditionGroup>();
   group->addConditionWithCategory(kFieldAmount, 1, kAmountIsGreaterThan, plist::Value(0.0));
   deposits->addConditionGroup(group);
   account.addSmartFolder(deposits);
   account.setSmartFolder(deposits);
-  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (std::vector<int>{2, 4}));
-
-  // A selected folder hides the smart folder, and its own entries are shown.
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (V{2, 4}));
   auto folder = std::make_shared<TARNAccountFolder>();
   folder->setEntries(
       {MakeEntry(20, 20240103, -1.0), MakeEntry(21, 20240109, -2.0), MakeEntry(22, 20240104, 3.0)});
   account.SetFolders({folder});
   account.setFolder(folder);
-  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (std::vector<int>{20, 22}));
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (V{20, 22}));
   account.setFolder(nullptr);
-  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (std::vector<int>{2, 4}));
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), (V{2, 4}));
 }
 
 TEST(AccountViewFilters, AllEntriesRangeComesFromTheRegisterOnly) {
@@ -234,12 +196,12 @@ TEST(AccountViewFilters, AllEntriesRangeComesFromTheRegisterOnly) {
   account.SetFolders({folder});
   account.setFolder(folder);
   // An empty register: the range is today alone, whatever the folder holds.
-  EXPECT_EQ(Numbers(account.entryFilteredEntries()), std::vector<int>{2});
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), V{2});
   account.setFolder(nullptr);
-  account.AddEntry(MakeEntry(4, 20231231, -1.0));
-  account.AddEntry(MakeEntry(5, 20240102, -1.0));
+  Add(account, 4, 20231231, -1.0);
+  Add(account, 5, 20240102, -1.0);
   account.setFolder(folder);
-  EXPECT_EQ(Numbers(account.entryFilteredEntries()), std::vector<int>{1});
+  EXPECT_EQ(Numbers(account.entryFilteredEntries()), V{1});
 }
 
 }  // namespace

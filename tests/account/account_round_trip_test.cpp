@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 
 #include "account_test_support.h"
@@ -20,9 +19,7 @@
 namespace tarn {
 namespace {
 
-using testing::CapturedLog;
-using testing::MakeEntry;
-using testing::PinnedClock;
+using namespace testing;
 
 TEST(AccountDefaults, NewAccount) {
   PinnedClock clock;
@@ -36,28 +33,26 @@ TEST(AccountDefaults, NewAccount) {
 
   // Thirteen types sorted by name, "Transfer" twice (out and in).
   ASSERT_EQ(account.types().size(), 13u);
-  for (std::size_t i = 1; i < account.types().size(); ++i) {
+  for (std::size_t i = 1; i < account.types().size(); ++i)
     EXPECT_LE(account.types()[i - 1]->NameIsGreaterThan(*account.types()[i]), 0);
-  }
   EXPECT_EQ(account.accountEntryTypeForNumber(12)->GetName(), "Transfer");
   EXPECT_TRUE(account.accountEntryTypeForNumber(12)->GetIsDeposit());
 
   // Twelve summaries sorted by name, " Custom..." first and selected.
-  ASSERT_EQ(account.accountSummaries().size(), 12u);
-  EXPECT_EQ(account.selectedAccountSummary(), account.accountSummaries().front());
-  EXPECT_EQ(account.accountSummaries()[0]->name(), " Custom...");
-  const auto& expenses = account.accountSummaries()[4];
-  EXPECT_EQ(expenses->name(), "Expenses, Month To Date");
-  EXPECT_FALSE(expenses->showDeposits());
-  EXPECT_EQ(account.accountSummaries()[10]->name(), "Tax-Deductible, Last Year");
-  EXPECT_EQ(account.accountSummaries()[10]->dateRangeStyle(), 7);
+  const auto& summaries = account.accountSummaries();
+  ASSERT_EQ(summaries.size(), 12u);
+  EXPECT_EQ(account.selectedAccountSummary(), summaries.front());
+  EXPECT_EQ(summaries[0]->name(), " Custom...");
+  EXPECT_EQ(summaries[4]->name(), "Expenses, Month To Date");
+  EXPECT_FALSE(summaries[4]->showDeposits());
+  EXPECT_EQ(summaries[10]->name(), "Tax-Deductible, Last Year");
+  EXPECT_EQ(summaries[10]->dateRangeStyle(), 7);
 
   // Two smart folders: during this year and during last year.
   ASSERT_EQ(account.smartFolders().size(), 2u);
-  const char* names[] = {"This Year", "Last Year"};
   for (int i = 0; i < 2; ++i) {
     const auto& smart = *account.smartFolders()[i];
-    EXPECT_EQ(smart.name(), names[i]);
+    EXPECT_EQ(smart.name(), i ? "Last Year" : "This Year");
     ASSERT_EQ(smart.conditionGroups().size(), 1u);
     ASSERT_EQ(smart.conditionGroups()[0]->conditions().size(), 1u);
     const auto& condition = *smart.conditionGroups()[0]->conditions()[0];
@@ -77,15 +72,12 @@ TEST(AccountDefaults, MissingIconResourcesLeaveNoIcon) {
   SetResourceDirectory("/nonexistent/tarn-resources");
   {
     CapturedLog log;
-    TARNAccount first;
-    TARNAccount second;
+    TARNAccount first, second;
     EXPECT_FALSE(first.icon().has_value());
     EXPECT_FALSE(second.highResolutionIcon().has_value());
-    // One line per missing image, not one per account.
-    EXPECT_EQ(log.lines().size(), 2u);
-    const plist::Value saved = first.asDictionary();
-    EXPECT_EQ(saved.find("icon"), nullptr);
-    EXPECT_EQ(saved.find("highResolutionIcon"), nullptr);
+    EXPECT_EQ(log.lines().size(), 2u);  // one line per missing image, not per account
+    EXPECT_EQ(first.asDictionary().find("icon"), nullptr);
+    EXPECT_EQ(first.asDictionary().find("highResolutionIcon"), nullptr);
   }
   SetResourceDirectory(std::nullopt);
   EXPECT_TRUE(TARNAccount().icon().has_value());
@@ -94,40 +86,34 @@ TEST(AccountDefaults, MissingIconResourcesLeaveNoIcon) {
 // An account that uses every part of the format.
 std::shared_ptr<TARNAccount> RichAccount(TARNAccountsController* controller) {
   auto account = std::make_shared<TARNAccount>();
-  account->setAccountsController(controller);
-  account->SetName("Household checking");
-  account->SetNumber(4);
-  account->setIcon(TARNAccount::Image{'I', 'I', '*', 0, 9, 9});
-  account->setCurrency(
-      PFCurrency::initWithCode("EUR", "Euro", "€", false, ".", ",", 1.08, 20240501));
-  account->SetStartingCheckNumber(1001);
-  account->SetStartingBalance(1250.75);
-  account->setStatementBalance(980.5);
-  account->SetPassword("s3cret");
+  TARNAccount& a = *account;
+  a.setAccountsController(controller);
+  a.SetName("Household checking");
+  a.SetNumber(4);
+  a.setIcon(TARNAccount::Image{'I', 'I', '*', 0, 9, 9});
+  a.setCurrency(PFCurrency::initWithCode("EUR", "Euro", "€", false, ".", ",", 1.08, 20240501));
+  a.SetStartingCheckNumber(1001);
+  a.SetStartingBalance(1250.75);
+  a.setStatementBalance(980.5);
+  a.SetPassword("s3cret");
 
-  auto check = MakeEntry(1, 20240101, -45.5, "Groceries");
-  check->SetIsCheck(true);
-  check->SetCheckNumber(1001);
+  auto check = AddCheck(a, 1, 1001, 20240101, -45.5);
+  check->SetDescription("Groceries");
   check->SetType(TARNAccountEntryType::kTypeCheck);
   check->SetToFrom("Market");
   check->SetNotes("weekly");
   check->SetCleared(1);
-  account->AddEntry(check);
-  auto split = MakeEntry(2, 20240203, -120.0, "Split bill");
+  auto split = Add(a, 2, 20240203, -120.0, "Split bill");
   split->addSplitLineItemWithCategory(3, "food", "Shop", -70.0);
   split->addSplitLineItemWithCategory(4, "fuel", "Shop", -50.0);
   split->SetTaxDeductible(true);
-  account->AddEntry(split);
-  auto transfer = MakeEntry(3, 20240310, 300.0, "From savings");
+  auto transfer = Add(a, 3, 20240310, 300.0, "From savings");
   transfer->SetIsLinked(true);
   transfer->SetLinkedAccount(7);
   transfer->SetLinkedEntry(55);
   transfer->SetLinkedExchangedAmount(280.0);
-  account->AddEntry(transfer);
-  auto voided = MakeEntry(4, 20240311, -9.99, "Void");
-  voided->SetVoid(true);
-  account->AddEntry(voided);
-  account->SetNumberCount(6);
+  Add(a, 4, 20240311, -9.99, "Void")->SetVoid(true);
+  a.SetNumberCount(6);
 
   auto schedule = std::make_shared<TARNAccountSchedule>();
   schedule->SetNumber(1);
@@ -139,62 +125,61 @@ std::shared_ptr<TARNAccount> RichAccount(TARNAccountsController* controller) {
   schedule->SetRepeatUntilType(kRepeatUntilDate);
   schedule->SetRepeatUntil(20251231);
   schedule->AddCommittedDate(20240105);
-  account->SetSchedules({schedule});
+  a.SetSchedules({schedule});
 
   TARNAccountEntryType retired;
   retired.SetName("Telegraph");
   retired.SetNumber(40);
-  account->inactiveTypes().push_back(
-      TARNAccountEntryType::initWithDictionary(retired.asDictionary()));
-  account->setDefaultDebitType(account->accountEntryTypeForNumber(4));
-  account->setDefaultDepositType(account->accountEntryTypeForNumber(10));
-  account->SetPreference_Descriptions_Style(2);
-  account->SetPreference_ToFrom_SomeSelection(20);
-  account->SetPreferredDebitDescriptions(TARNAccount::Strings{"Rent", "Groceries"});
-  account->SetPreferredFroms(TARNAccount::Strings{});
+  a.inactiveTypes().push_back(TARNAccountEntryType::initWithDictionary(retired.asDictionary()));
+  a.setDefaultDebitType(a.accountEntryTypeForNumber(4));
+  a.setDefaultDepositType(a.accountEntryTypeForNumber(10));
+  a.SetPreference_Descriptions_Style(2);
+  a.SetPreference_ToFrom_SomeSelection(20);
+  a.SetPreferredDebitDescriptions(TARNAccount::Strings{"Rent", "Groceries"});
+  a.SetPreferredFroms(TARNAccount::Strings{});
 
   auto summary = std::make_shared<TARNAccountSummary>();
   summary->setName("Fuel");
   summary->setFilter(true);
   summary->setFilterType(2);
   summary->setFilterData(plist::Value("fuel"));
-  account->addAccountSummary(summary);
-  account->selectAccountSummary(summary);
+  a.addAccountSummary(summary);
+  a.selectAccountSummary(summary);
 
-  account->setEntryFilterType(kViewSearchToFrom);
-  account->setEntryFilterData(plist::Value("Market"));
-  account->setEntryResolvedFilterType(kViewResolvedOnly);
-  account->setEntryDateFilterType(kViewDateCustom);
-  account->setEntryDateFilterStartDate(20240101);
-  account->setEntryDateFilterEndDate(20240131);
-  account->setReconcileTaxDeductibleFilterType(kViewNotTaxDeductible);
-  account->setReconcileFilterData(plist::Value(plist::Array{plist::Value(3)}));
+  a.setEntryFilterType(kViewSearchToFrom);
+  a.setEntryFilterData(plist::Value("Market"));
+  a.setEntryResolvedFilterType(kViewResolvedOnly);
+  a.setEntryDateFilterType(kViewDateCustom);
+  a.setEntryDateFilterStartDate(20240101);
+  a.setEntryDateFilterEndDate(20240131);
+  a.setReconcileTaxDeductibleFilterType(kViewNotTaxDeductible);
+  a.setReconcileFilterData(plist::Value(plist::Array{plist::Value(3)}));
 
-  account->SetOFXImportZeroAmountsAsDeposits(false);
-  account->SetQIFImportEncoding(12);
-  account->SetQIFImportDecimalSeparator(",");
-  account->SetQIFImportAllCategories(true);
-  account->SetTextImportDataLayout(std::vector<std::int32_t>{2, 0, 5});
-  account->SetTextImportSkipFirstRow(true);
-  account->SetTextImportZeroAmountsAsDeposits(0);
-  account->setTextExport_ExportType(1);
-  account->setLastFromAccount(3);
-  account->setLastToAccount(1);
+  a.SetOFXImportZeroAmountsAsDeposits(false);
+  a.SetQIFImportEncoding(12);
+  a.SetQIFImportDecimalSeparator(",");
+  a.SetQIFImportAllCategories(true);
+  a.SetTextImportDataLayout(std::vector<std::int32_t>{2, 0, 5});
+  a.SetTextImportSkipFirstRow(true);
+  a.SetTextImportZeroAmountsAsDeposits(0);
+  a.setTextExport_ExportType(1);
+  a.setLastFromAccount(3);
+  a.setLastToAccount(1);
 
   auto smart = std::make_shared<TARNFilter>();
   smart->setName("Big");
   auto group = std::make_shared<TARNFilterConditionGroup>();
   group->addConditionWithCategory(kFieldAmount, 1, kAmountIsLessThan, plist::Value(-100.0));
   smart->addConditionGroup(group);
-  account->addSmartFolder(smart);
+  a.addSmartFolder(smart);
 
   auto folder = std::make_shared<TARNAccountFolder>();
   folder->setName("2023");
-  account->addFolder(folder);
-  account->setFolder(folder);
-  account->AddEntry(MakeEntry(5, 20231201, -12.0, "Old"));
-  account->AddEntry(MakeEntry(6, 20231202, 30.0, "Older"));
-  account->setFolder(nullptr);
+  a.addFolder(folder);
+  a.setFolder(folder);
+  Add(a, 5, 20231201, -12.0, "Old");
+  Add(a, 6, 20231202, 30.0, "Older");
+  a.setFolder(nullptr);
   return account;
 }
 
@@ -202,17 +187,14 @@ TEST(AccountRoundTrip, SavedDictionaryLoadsBackToTheSameDictionary) {
   PinnedClock clock;
   InMemoryAccountsController controller(
       PFCurrency::initWithCode("USD", "US Dollar", "$", true, ",", ".", 1.0, PinnedClock::kToday));
-  // A default account, with and without a controller.
   const plist::Value plain = TARNAccount().asDictionary();
   EXPECT_EQ(TARNAccount::initWithDictionary(plain, nullptr)->asDictionary(), plain);
   EXPECT_EQ(TARNAccount::initWithDictionary(plain, &controller)->asDictionary(), plain);
-
   // The stored US dollar was not among the host's currencies: it joined them.
   ASSERT_EQ(controller.currencies().size(), 1u);
   EXPECT_EQ(controller.currencies()[0]->code(), "USD");
 
-  auto rich = RichAccount(&controller);
-  const plist::Value saved = rich->asDictionary();
+  const plist::Value saved = RichAccount(&controller)->asDictionary();
   CapturedLog log;
   auto reloaded = TARNAccount::initWithDictionary(saved, &controller);
   EXPECT_EQ(reloaded->asDictionary(), saved);
@@ -224,18 +206,53 @@ TEST(AccountRoundTrip, SavedDictionaryLoadsBackToTheSameDictionary) {
   EXPECT_EQ(reloaded->folders()[0]->entries()[0]->GetAccount(), reloaded.get());
   EXPECT_EQ(reloaded->GetSchedules()[0]->GetAccount(), reloaded.get());
   EXPECT_EQ(reloaded->selectedAccountSummary()->name(), "Fuel");
-  EXPECT_EQ(reloaded->defaultDebitType()->GetNumber(), 4);
   EXPECT_EQ(reloaded->smartFolders().size(), 3u);
   EXPECT_EQ(reloaded->currency()->code(), "EUR");
   EXPECT_EQ(controller.currencies().size(), 2u);  // the euro joined the host's list
+  for (const std::string& bytes : {plist::ToBinary(saved), plist::ToXml(saved)})
+    EXPECT_EQ(TARNAccount::initWithDictionary(plist::Parse(bytes), &controller)->asDictionary(),
+              saved);
+}
 
-  // The same through both file formats.
-  for (auto format : {plist::Format::Binary, plist::Format::Xml}) {
-    const std::string bytes =
-        format == plist::Format::Binary ? plist::ToBinary(saved) : plist::ToXml(saved);
-    auto fromFile = TARNAccount::initWithDictionary(plist::Parse(bytes), &controller);
-    EXPECT_EQ(fromFile->asDictionary(), saved);
-  }
+TEST(AccountSummaryOptions, OptionsSurviveTheirDictionary) {
+  PinnedClock clock;
+  TARNAccountSummary summary;
+  EXPECT_EQ(summary.startDate(), PinnedClock::kToday);
+  const plist::Value options = summary.optionsAsDictionary();
+  EXPECT_EQ(options.dictionaryValue().size(), 19u);
+  EXPECT_TRUE(options.find("showDebits")->isBoolean());
+  EXPECT_TRUE(options.find("showChecks")->isInteger());
+  summary.setName("Fuel, this year");
+  summary.setDateRangeStyle(kSummaryRangeCustom);
+  summary.setStartDate(20240101);
+  summary.setEndDate(20241231);
+  summary.setShowStyle(3);
+  summary.setShowDebits(false);
+  summary.setShowResolved(1);
+  summary.setShowTaxDeductible(0);
+  summary.setShowChecks(1);
+  summary.setSubtotalTypes(false);
+  summary.setSubtotalPeriodStyle(5);
+  summary.setParentCategorySubtotalsIncludeSubcategorySubtotals(false);
+  summary.setFilter(true);
+  summary.setFilterType(3);
+  summary.setFilterData(plist::Value("gas"));
+  auto copy = TARNAccountSummary::initWithOptionsDictionary(summary.optionsAsDictionary(), {});
+  EXPECT_EQ(copy->optionsAsDictionary(), summary.optionsAsDictionary());
+  // Missing keys and keys of another kind keep what the summary had.
+  copy->setOptionsFromDictionary(plist::Value(plist::Dictionary{
+      {"name", plist::Value(4)}, {"showChecks", plist::Value("0")}, {"filterType", 10}}));
+  copy->setName(std::nullopt);
+  EXPECT_EQ(copy->name(), "Fuel, this year");
+  EXPECT_EQ(copy->showChecks(), 1);
+  EXPECT_EQ(copy->filterType(), 10);
+
+  TARNAccountSummary other;
+  other.setName("FUEL, THIS YEAR");
+  EXPECT_EQ(summary.NameIsGreaterThan(other), 0);  // case does not count
+  other.setName("expenses");
+  EXPECT_EQ(summary.NameIsGreaterThan(other), 1);
+  EXPECT_EQ(summary.NameIsGreaterThan_Reversed(other), -1);
 }
 
 }  // namespace
