@@ -355,6 +355,21 @@ TEST(AccountDictionary, UpgradeThroughTheAccount) {
   EXPECT_DOUBLE_EQ(account->GetEntries()[0]->GetAmount(), -1.23);
 }
 
+struct Condition {
+  int field, logic, qualifier;
+  plist::Value data;
+  bool operator==(const Condition&) const = default;
+};
+
+std::vector<Condition> Conditions(const TARNFilter& filter) {
+  std::vector<Condition> out;
+  for (const auto& group : filter.conditionGroups()) {
+    for (const auto& each : group->conditions())
+      out.push_back({each->category(), each->logic(), each->qualifier(), each->data()});
+  }
+  return out;
+}
+
 TEST(AccountDefaults, NewAccount) {
   PinnedClock clock;
   TARNAccount account;
@@ -385,14 +400,9 @@ TEST(AccountDefaults, NewAccount) {
   // Two smart folders: during this year and during last year.
   ASSERT_EQ(account.smartFolders().size(), 2u);
   for (int i = 0; i < 2; ++i) {
-    const auto& smart = *account.smartFolders()[i];
-    EXPECT_EQ(smart.name(), i ? "Last Year" : "This Year");
-    ASSERT_EQ(smart.conditionGroups().size(), 1u);
-    ASSERT_EQ(smart.conditionGroups()[0]->conditions().size(), 1u);
-    const auto& condition = *smart.conditionGroups()[0]->conditions()[0];
-    EXPECT_EQ(std::vector<int>({condition.category(), condition.logic(), condition.qualifier()}),
-              std::vector<int>({1, 1, 63 + i}));
-    EXPECT_EQ(condition.data(), plist::Value(plist::Array{}));
+    EXPECT_EQ(account.smartFolders()[i]->name(), i ? "Last Year" : "This Year");
+    EXPECT_EQ(Conditions(*account.smartFolders()[i]),
+              (std::vector<Condition>{{1, 1, 63 + i, plist::Value(plist::Array{})}}));
   }
   // The default icons are the shipped TIFF images.
   ASSERT_TRUE(account.icon().has_value() && account.highResolutionIcon().has_value());
@@ -410,8 +420,9 @@ TEST(AccountDefaults, MissingIconResourcesLeaveNoIcon) {
     EXPECT_FALSE(first.icon().has_value());
     EXPECT_FALSE(second.highResolutionIcon().has_value());
     EXPECT_EQ(log.lines().size(), 2u);  // one line per missing image, not per account
-    EXPECT_EQ(first.asDictionary().find("icon"), nullptr);
-    EXPECT_EQ(first.asDictionary().find("highResolutionIcon"), nullptr);
+    const plist::Value saved = first.asDictionary();
+    EXPECT_EQ(saved.find("icon"), nullptr);
+    EXPECT_EQ(saved.find("highResolutionIcon"), nullptr);
   }
   SetResourceDirectory(std::nullopt);
   EXPECT_TRUE(TARNAccount().icon().has_value());
@@ -642,21 +653,6 @@ TEST(AccountFolders, ListsIgnoreDuplicatesAbsenteesAndBadIndexes) {
   h->setEntries({MakeEntry(1, 20240101, 1.0)});
   account.SetFolders({h});
   EXPECT_EQ(h->entries()[0]->GetAccount(), &account);
-}
-
-struct Condition {
-  int field, logic, qualifier;
-  plist::Value data;
-  bool operator==(const Condition&) const = default;
-};
-
-std::vector<Condition> Conditions(const TARNFilter& filter) {
-  std::vector<Condition> out;
-  for (const auto& group : filter.conditionGroups()) {
-    for (const auto& each : group->conditions())
-      out.push_back({each->category(), each->logic(), each->qualifier(), each->data()});
-  }
-  return out;
 }
 
 TEST(AccountViewFilters, FiltersBuiltFromTheSettings) {

@@ -588,16 +588,13 @@ TEST(ExportQif, RoundTripThroughAnIndependentReader) {
   // The header, the starting balance dated by the earliest entry (one in a
   // folder), then the register by date with the day's check first.
   ASSERT_EQ(records.size(), 2u + ledger.a.GetEntries().size());
+  using Fields = std::multimap<char, std::string>;
   EXPECT_EQ(records[0].headers, Row{"!Account"});
-  EXPECT_EQ(records[0].field('N'), "Everyday");
-  EXPECT_EQ(records[0].field('T'), "Bank");
-  EXPECT_EQ(records[0].field('B'), "1351.82");
+  EXPECT_EQ(records[0].fields, (Fields{{'N', "Everyday"}, {'T', "Bank"}, {'B', "1351.82"}}));
   EXPECT_NEAR(Amount(records[0].field('B')), ledger.a.GetBalance(), 1e-9);
   EXPECT_EQ(records[1].headers, Row{"!Type:Bank"});
-  EXPECT_EQ(records[1].field('D'), "01.12.2023");
-  EXPECT_EQ(records[1].field('M'), "Starting Balance");
-  EXPECT_EQ(records[1].field('T'), "100.00");
-  EXPECT_EQ(records[1].field('C'), "X");
+  EXPECT_EQ(records[1].fields,
+            (Fields{{'D', "01.12.2023"}, {'M', "Starting Balance"}, {'T', "100.00"}, {'C', "X"}}));
 
   // Categories: the full name on the entry, the own name on split lines,
   // nothing for an unknown or missing one.
