@@ -270,6 +270,7 @@ TEST(AccountDictionary, LooseNumbersPasswordAndTheLastToAccountFlag) {
 
 TEST(AccountDictionary, CurrenciesAreSharedThroughTheController) {
   PinnedClock clock;
+  CapturedLog log;
   auto currency = [](const char* code, const char* name, double rate) {
     return PFCurrency::initWithCode(code, name, "$", true, ",", ".", rate, 20240101);
   };
@@ -291,7 +292,6 @@ TEST(AccountDictionary, CurrenciesAreSharedThroughTheController) {
   EXPECT_EQ(TARNAccount::initWithDictionary(dictionary, &controller)->currency(),
             controller.currencies().back());
   EXPECT_EQ(TARNAccount::initWithDictionary(dictionary, nullptr)->currency()->code(), "GBP");
-  CapturedLog log;
   dictionary.set("currency", "EUR");
   EXPECT_EQ(TARNAccount::initWithDictionary(dictionary, &controller)->currency(), hostDefault);
 }
@@ -503,6 +503,7 @@ std::shared_ptr<TARNAccount> RichAccount(TARNAccountsController* controller) {
 
 TEST(AccountRoundTrip, SavedDictionaryLoadsBackToTheSameDictionary) {
   PinnedClock clock;
+  CapturedLog log;
   InMemoryAccountsController controller(
       PFCurrency::initWithCode("USD", "US Dollar", "$", true, ",", ".", 1.0, PinnedClock::kToday));
   const plist::Value plain = TARNAccount().asDictionary();
@@ -513,7 +514,6 @@ TEST(AccountRoundTrip, SavedDictionaryLoadsBackToTheSameDictionary) {
   EXPECT_EQ(controller.currencies()[0]->code(), "USD");
 
   const plist::Value saved = RichAccount(&controller)->asDictionary();
-  CapturedLog log;
   auto reloaded = TARNAccount::initWithDictionary(saved, &controller);
   EXPECT_EQ(reloaded->asDictionary(), saved);
   ASSERT_EQ(reloaded->GetEntries().size(), 4u);

@@ -225,13 +225,11 @@ Numbers uniqueNumbersByListSearch(Numbers numbers) {
   Numbers seen;
   std::vector<std::size_t> duplicates;
   for (std::size_t i = 0; i < numbers.size(); ++i) {
-    if (numbers[i] > maximum) {
-      seen.push_back(numbers[i]);
-      maximum = numbers[i];
-    } else if (std::find(seen.begin(), seen.end(), numbers[i]) != seen.end()) {
+    if (numbers[i] <= maximum && std::find(seen.begin(), seen.end(), numbers[i]) != seen.end()) {
       duplicates.push_back(i);
     } else {
       seen.push_back(numbers[i]);
+      maximum = std::max(maximum, numbers[i]);
     }
   }
   for (std::size_t i : duplicates) numbers[i] = ++maximum;
