@@ -1,22 +1,27 @@
-// Helpers of the account tests: a pinned clock, captured log lines and a
-// quick way to make entries.
+// Helpers of the account tests: a pinned clock, captured log lines, entries and accounts.
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tarn/account/account.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/platform/calendar_date.h"
 #include "tarn/platform/log.h"
 
 namespace tarn::testing {
 
-// Pins today at 15 June 2024 for the life of the object.
+// Pins today (15 June 2024 unless told) for the life of the object.
 class PinnedClock {
  public:
-  PinnedClock() { CalendarDate::overrideNow(CalendarDate(2024, 6, 15, 10, 30, 0)); }
+  explicit PinnedClock(CalendarDate now = CalendarDate(2024, 6, 15, 10, 30, 0)) {
+    CalendarDate::overrideNow(now);
+  }
   ~PinnedClock() { CalendarDate::overrideNow(std::nullopt); }
   static constexpr DateNumber kToday = 20240615;
 };
@@ -30,9 +35,7 @@ class CapturedLog {
   ~CapturedLog() { SetLogSink(previous_); }
   const std::vector<std::string>& lines() const { return lines_; }
   std::size_t count(std::string_view line) const {
-    std::size_t n = 0;
-    for (const auto& each : lines_) n += each == line;
-    return n;
+    return std::count(lines_.begin(), lines_.end(), line);
   }
   void clear() { lines_.clear(); }
 
@@ -41,19 +44,52 @@ class CapturedLog {
   std::vector<std::string> lines_;
 };
 
+// A deposit when the amount is positive, else a debit.
 inline std::shared_ptr<TARNAccountEntry> MakeEntry(std::int32_t number, DateNumber date,
-                                                   double amount, std::string description = "") {
+                                                   double amount, std::string description = "",
+                                                   std::string toFrom = "") {
   auto entry = std::make_shared<TARNAccountEntry>();
   entry->SetNumber(number);
   entry->SetDate(date);
   entry->SetAmount(amount);
-  if (amount < 0) {
-    entry->SetIsDebit(true);
-  } else {
-    entry->SetIsDeposit(true);
-  }
+  entry->SetIsDebit(amount <= 0);
+  entry->SetIsDeposit(amount > 0);
   entry->SetDescription(std::move(description));
+  entry->SetToFrom(std::move(toFrom));
   return entry;
+}
+
+// Adds to the register, or to the selected folder.
+inline std::shared_ptr<TARNAccountEntry> Add(TARNAccount& account, std::int32_t number,
+                                             DateNumber date, double amount,
+                                             std::string description = "",
+                                             std::string toFrom = "") {
+  auto entry = MakeEntry(number, date, amount, std::move(description), std::move(toFrom));
+  account.AddEntry(entry);
+  return entry;
+}
+
+inline std::shared_ptr<TARNAccountEntry> AddCheck(TARNAccount& account, std::int32_t number,
+                                                  std::int32_t checkNumber,
+                                                  DateNumber date = 20240101,
+                                                  double amount = -10.0) {
+  auto entry = Add(account, number, date, amount);
+  entry->SetIsCheck(true);
+  entry->SetCheckNumber(checkNumber);
+  return entry;
+}
+
+inline std::vector<std::int32_t> Numbers(const TARNAccount::Entries& entries) {
+  std::vector<std::int32_t> numbers;
+  for (const auto& entry : entries) numbers.push_back(entry->GetNumber());
+  return numbers;
+}
+
+// A new account whose empty password has signed it in.
+inline std::shared_ptr<TARNAccount> SignedInAccount() {
+  auto account = std::make_shared<TARNAccount>();
+  account->SetPassword(std::string());
+  return account;
 }
 
 }  // namespace tarn::testing

@@ -60,20 +60,19 @@ TEST(AccountUpgrade, VersionZeroAbsentOrCurrentTouchesOnlyVersionAndNumber) {
     EXPECT_EQ(Upgrade::UpdateAccountDictionary(notAnAccount), nullptr);
     EXPECT_EQ(notAnAccount, before);
   }
+  // Version 0 (or none) only gets its number and version; 8 and later fall
+  // through every step, and a later version is brought back to 8.
   const Value entries = Array{entry(5), entry(5)};
-  for (Value version : {Value(), Value(0)}) {
-    Value account = Dictionary{{"name", "Checking"}, {"entries", entries}};
+  const std::pair<Value, Value> cases[] = {
+      {Value(), Dictionary{{"entries", entries}, {"version", 8}, {"number", -1}}},
+      {0, Dictionary{{"entries", entries}, {"version", 8}, {"number", -1}}},
+      {8, Dictionary{{"entries", entries}, {"version", 8}}},
+      {9, Dictionary{{"entries", entries}, {"version", 8}}}};
+  for (const auto& [version, expected] : cases) {
+    Value account = Dictionary{{"entries", entries}};
     if (!version.isNil()) account.set("version", version);
     EXPECT_EQ(Upgrade::UpdateAccountDictionary(account), &account);
-    EXPECT_EQ(account,
-              Value(Dictionary{
-                  {"name", "Checking"}, {"entries", entries}, {"version", 8}, {"number", -1}}));
-  }
-  // Version 8 and later fall through every step; a later version is brought back to 8.
-  for (int version : {8, 9}) {
-    Value account = Dictionary{{"version", version}, {"entries", entries}};
-    Upgrade::UpdateAccountDictionary(account);
-    EXPECT_EQ(account, Value(Dictionary{{"version", 8}, {"entries", entries}}));
+    EXPECT_EQ(account, expected);
   }
 }
 
@@ -226,13 +225,11 @@ Numbers uniqueNumbersByListSearch(Numbers numbers) {
   Numbers seen;
   std::vector<std::size_t> duplicates;
   for (std::size_t i = 0; i < numbers.size(); ++i) {
-    if (numbers[i] > maximum) {
-      seen.push_back(numbers[i]);
-      maximum = numbers[i];
-    } else if (std::find(seen.begin(), seen.end(), numbers[i]) != seen.end()) {
+    if (numbers[i] <= maximum && std::find(seen.begin(), seen.end(), numbers[i]) != seen.end()) {
       duplicates.push_back(i);
     } else {
       seen.push_back(numbers[i]);
+      maximum = std::max(maximum, numbers[i]);
     }
   }
   for (std::size_t i : duplicates) numbers[i] = ++maximum;
