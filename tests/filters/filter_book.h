@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tarn/account/account.h"
-#include "tarn/account/accounts_controller.h"
+#include "tarn/account/in_memory_accounts_controller.h"
 #include "tarn/filters/filter_codes.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/model/category.h"
@@ -19,25 +19,6 @@ namespace tarn::testing {
 
 inline constexpr int32_t kCheckType = 4, kDepositType = 10, kInactiveType = 12;
 inline constexpr int32_t kFood = 1, kAuto = 2, kFuel = 3, kCafe = 4;
-
-class TestAccountsController : public TARNAccountsController {
- public:
-  std::shared_ptr<PFCurrency> currency() override { return nullptr; }
-  std::shared_ptr<PFCurrency> currencyWithCode(const std::string&) override { return nullptr; }
-  std::vector<std::shared_ptr<PFCurrency>>& currencies() override { return noCurrencies; }
-  std::shared_ptr<TARNAccountEntryCategory> categoryWithNumber(int32_t number) override {
-    ++lookups;
-    for (const auto& category : all) {
-      if (category->number() == number) return category;
-    }
-    return nullptr;
-  }
-  std::vector<std::shared_ptr<TARNAccountEntryCategory>> allCategories() override { return all; }
-
-  std::vector<std::shared_ptr<TARNAccountEntryCategory>> all;
-  std::vector<std::shared_ptr<PFCurrency>> noCurrencies;
-  int lookups = 0;
-};
 
 inline std::shared_ptr<TARNAccountEntryCategory> MakeCategory(const std::string& name,
                                                               int32_t number) {
@@ -68,9 +49,10 @@ struct EntryFields {
 class FilterBook {
  public:
   FilterBook() {
-    controller.all = {MakeCategory("Food", kFood), MakeCategory("Auto", kAuto),
-                      MakeCategory("Fuel", kFuel), MakeCategory("Café", kCafe)};
-    controller.all[1]->addChild(controller.all[2]);
+    auto autoCategory = MakeCategory("Auto", kAuto);
+    autoCategory->addChild(MakeCategory("Fuel", kFuel));
+    controller.categories() = {MakeCategory("Food", kFood), autoCategory,
+                               MakeCategory("Café", kCafe)};
     account.setAccountsController(&controller);
     account.types() = {MakeType("Check", kCheckType), MakeType("Deposit", kDepositType)};
     account.inactiveTypes() = {MakeType("Old Transfer", kInactiveType)};
@@ -97,7 +79,7 @@ class FilterBook {
     return entries;
   }
 
-  TestAccountsController controller;
+  InMemoryAccountsController controller;
   TARNAccount account;
 };
 
