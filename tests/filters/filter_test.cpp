@@ -92,6 +92,12 @@ TEST_F(FilterTest, AndOrCombinationOrders) {
     for (const auto& [logic, text] : rows[i].first) filter.addConditionGroup(Contains(logic, text));
     EXPECT_EQ(Run(filter), rows[i].second) << "row " << i;
   }
+  // An and group never sees what the or groups took: banana would fail this any group.
+  TARNFilter narrowed;
+  narrowed.addConditionGroup(Contains(kOr, "an"));
+  narrowed.addConditionGroup(
+      MakeGroup(kAnd, kGroupMatchAny, {{kFieldDescription, 1, kTextContains, "e"}}));
+  EXPECT_EQ(Run(narrowed), (Strings{"apple", "cherry", "date", "elder", "banana"}));
   TARNFilter failing;  // the any group's failure reaches the caller
   failing.addConditionGroup(MakeGroup(kAnd, kGroupMatchAny));
   EXPECT_THROW(failing.filterEntries(entries_), std::out_of_range);
