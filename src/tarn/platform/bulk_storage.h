@@ -19,6 +19,9 @@
 namespace tarn::plist {
 
 // Opens bulk storage for the current thread until destroyed. Scopes nest.
+// Space freed inside a chunk is not reused until the whole chunk is free, so
+// open one only where a whole tree is built at once (reading or saving a
+// document), not around long edits of dictionaries that grow and shrink.
 class BulkStorageScope {
  public:
   BulkStorageScope();
