@@ -47,6 +47,10 @@ struct Chunk {
 };
 constexpr std::size_t kChunkHeaderSize = 64;
 
+std::size_t wholeChunks(std::size_t bytes) {
+  return (bytes + kChunkSize - 1) & ~(kChunkSize - 1);
+}
+
 // `bytes` (a multiple of kChunkSize) of memory aligned to kChunkSize.
 void* mapHugePages(std::size_t bytes) {
 #if defined(__linux__)
@@ -178,14 +182,14 @@ void* AllocateLargeBlock(std::size_t bytes) {
     if (block == nullptr) throw std::bad_alloc();
     return block;
   }
-  return mapHugePages((bytes + kChunkSize - 1) & ~(kChunkSize - 1));
+  return mapHugePages(wholeChunks(bytes));
 }
 
 void FreeLargeBlock(void* block, std::size_t bytes) noexcept {
   if (!TARN_BULK_STORAGE || bytes < kChunkSize) {
     std::free(block);
   } else {
-    unmapHugePages(block, (bytes + kChunkSize - 1) & ~(kChunkSize - 1));
+    unmapHugePages(block, wholeChunks(bytes));
   }
 }
 

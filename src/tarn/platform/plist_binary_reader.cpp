@@ -313,12 +313,17 @@ class BinaryReader {
     payloadBudget_ -= bytes;
   }
 
+  // The string of an object decoded before (charged again, as a copy), or
+  // nullptr.
+  const std::string* decodedBefore(std::uint64_t ref) {
+    const std::uint32_t slot = stringSlot_[ref];
+    if (slot == 0) return nullptr;
+    charge(strings_[slot - 1].size());
+    return &strings_[slot - 1];
+  }
+
   std::string readString(std::size_t at, std::uint64_t ref) {
-    if (const std::uint32_t slot = stringSlot_[ref]; slot != 0) {
-      const std::string& known = strings_[slot - 1];
-      charge(known.size());
-      return known;
-    }
+    if (const std::string* known = decodedBefore(ref)) return *known;
     std::string text = decodeString(at, ref);
     if (text.size() <= kCachedStringLength && strings_.size() < 0xFFFFFFFEu) {
       strings_.push_back(text);
@@ -330,11 +335,7 @@ class BinaryReader {
   // A dictionary key, decoded once per object. The reference is good until
   // the next string is decoded.
   const std::string& readKey(std::size_t at, std::uint64_t ref) {
-    if (const std::uint32_t slot = stringSlot_[ref]; slot != 0) {
-      const std::string& known = strings_[slot - 1];
-      charge(known.size());
-      return known;
-    }
+    if (const std::string* known = decodedBefore(ref)) return *known;
     longKey_ = readString(at, ref);
     if (const std::uint32_t slot = stringSlot_[ref]; slot != 0) return strings_[slot - 1];
     return longKey_;
