@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "tarn/account/account_settings.h"
 #include "tarn/platform/calendar_date.h"
 #include "tarn/platform/value.h"
 
@@ -28,40 +29,6 @@ class TARNAccountSummary;
 class TARNAccountsController;
 class TARNFilter;
 struct TARNExportOptions;
-
-// Settings of the register and reconcile view filters, as stored.
-inline constexpr std::int32_t kEntryViewType = 1;
-inline constexpr std::int32_t kReconcileViewType = 2;
-
-// Which field the quick search tests; any other value searches everything.
-inline constexpr std::int32_t kViewSearchDescription = 10;
-inline constexpr std::int32_t kViewSearchToFrom = 11;
-inline constexpr std::int32_t kViewSearchType = 12;
-inline constexpr std::int32_t kViewSearchNotes = 13;
-inline constexpr std::int32_t kViewSearchAmount = 14;
-inline constexpr std::int32_t kViewSearchCheckNumber = 15;
-inline constexpr std::int32_t kViewSearchCategory = 16;
-inline constexpr std::int32_t kViewSearchSplitDescription = 71;
-inline constexpr std::int32_t kViewSearchSplitCategory = 72;
-
-inline constexpr std::int32_t kViewResolvedOnly = 80;
-inline constexpr std::int32_t kViewUnresolvedOnly = 81;
-inline constexpr std::int32_t kViewResolvedAll = 82;
-
-inline constexpr std::int32_t kViewTaxDeductibleOnly = 90;
-inline constexpr std::int32_t kViewNotTaxDeductible = 91;
-inline constexpr std::int32_t kViewTaxDeductibleAll = 92;
-
-// Date ranges of the view filters; 30-33, 40-43 and 50-53 are this, last and
-// to-date week, month, quarter and year.
-inline constexpr std::int32_t kViewDateFirstEntryToToday = 20;
-inline constexpr std::int32_t kViewDateToday = 21;
-inline constexpr std::int32_t kViewDateYesterday = 22;
-inline constexpr std::int32_t kViewDateThisWeek = 30;
-inline constexpr std::int32_t kViewDateLastWeek = 40;
-inline constexpr std::int32_t kViewDateWeekToDate = 50;
-inline constexpr std::int32_t kViewDateAllEntries = 60;
-inline constexpr std::int32_t kViewDateCustom = 61;
 
 class TARNAccount {
  public:
