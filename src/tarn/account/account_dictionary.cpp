@@ -114,6 +114,22 @@ class KeyReader {
     if (auto number = LooseReal(*value)) apply(*number);
   }
 
+  // A number key read as a flag or as an integer into its field.
+  void flag(std::string_view key, std::string_view missing, std::string_view wrong,
+            bool& field) const {
+    number(key, missing, wrong, [&field](const plist::Value& v) { field = v.boolValue(); });
+  }
+  void integer(std::string_view key, std::string_view missing, std::string_view wrong,
+               std::int32_t& field) const {
+    number(key, missing, wrong, [&field](const plist::Value& v) { field = v.intValue(); });
+  }
+
+  // A text key stored as it is.
+  void text(std::string_view key, std::string_view missing, std::string_view wrong,
+            std::string& field) const {
+    string(key, missing, wrong, [&field](const std::string& s) { field = s; });
+  }
+
   // An array whose elements are all texts.
   void strings(std::string_view key, std::string_view missing, std::string_view wrong,
                std::optional<std::vector<std::string>>& field) const {
@@ -175,6 +191,150 @@ plist::Array DictionariesOf(const std::vector<std::shared_ptr<Record>>& records)
 
 plist::Array StringArray(const std::vector<std::string>& texts) {
   return plist::Array(texts.begin(), texts.end());
+}
+
+// The option keys read with the shared messages; `logMissing` false reads
+// the key silently when it is absent.
+void OptionFlag(const KeyReader& keys, const char* key, bool logMissing, bool& field) {
+  keys.flag(key, logMissing ? NoneDefined(key) : std::string(), WrongFormat(key), field);
+}
+void OptionInteger(const KeyReader& keys, const char* key, bool logMissing, std::int32_t& field) {
+  keys.integer(key, logMissing ? NoneDefined(key) : std::string(), WrongFormat(key), field);
+}
+
+// The fields of a view filter, in the order they are stored. Each key is the
+// view's prefix ("entry" or "reconcile") followed by the field's suffix.
+constexpr const char* kFilterDataSuffix = "FilterData";
+struct ViewFilterNumber {
+  const char* suffix;
+  std::int32_t ViewFilterSettings::*field;
+};
+constexpr ViewFilterNumber kViewFilterNumbers[] = {
+    {"FilterType", &ViewFilterSettings::filterType},
+    {"ResolvedFilterType", &ViewFilterSettings::resolvedFilterType},
+    {"TaxDeductibleFilterType", &ViewFilterSettings::taxDeductibleFilterType},
+    {"DateFilterType", &ViewFilterSettings::dateFilterType},
+    {"DateFilterStartDate", &ViewFilterSettings::dateFilterStartDate},
+    {"DateFilterEndDate", &ViewFilterSettings::dateFilterEndDate},
+};
+
+// Missing keys are not logged; numbers are read loosely, and the search text
+// is kept whatever its kind.
+void ReadViewFilter(const KeyReader& keys, std::string_view prefix, ViewFilterSettings& view) {
+  std::string key(prefix);
+  if (const plist::Value* data = keys.find(key.append(kFilterDataSuffix))) view.filterData = *data;
+  for (const ViewFilterNumber& number : kViewFilterNumbers) {
+    key.assign(prefix).append(number.suffix);
+    if (const plist::Value* value = keys.find(key)) {
+      if (auto read = LooseInteger(*value)) view.*number.field = *read;
+    }
+  }
+}
+
+void WriteViewFilter(plist::Dictionary& d, std::string_view prefix,
+                     const ViewFilterSettings& view) {
+  std::string key(prefix);
+  for (const ViewFilterNumber& number : kViewFilterNumbers) {
+    d.emplace(key.assign(prefix).append(number.suffix), view.*number.field);
+  }
+  // A nil search text is left out.
+  if (!view.filterData.isNil())
+    d.emplace(key.assign(prefix).append(kFilterDataSuffix), view.filterData);
+}
+
+void ReadOFXImport(const KeyReader& keys, OFXImportSettings& ofx) {
+  OptionFlag(keys, "OFXImportZeroAmountsAsDeposits", true, ofx.zeroAmountsAsDeposits);
+  OptionInteger(keys, "OFXImport_SwapOptions_Name", false, ofx.swapName);
+  OptionInteger(keys, "OFXImport_SwapOptions_Memo", false, ofx.swapMemo);
+  OptionInteger(keys, "OFXImport_SwapOptions_Payee", false, ofx.swapPayee);
+  OptionInteger(keys, "OFXImport_SwapOptions_TransactionType", false, ofx.swapTransactionType);
+  OptionInteger(keys, "OFXImport_SwapOptions_ReferenceNumber", false, ofx.swapReferenceNumber);
+}
+
+void WriteOFXImport(plist::Dictionary& d, const OFXImportSettings& ofx) {
+  d.emplace("OFXImportZeroAmountsAsDeposits", ofx.zeroAmountsAsDeposits);
+  d.emplace("OFXImport_SwapOptions_Name", ofx.swapName);
+  d.emplace("OFXImport_SwapOptions_Memo", ofx.swapMemo);
+  d.emplace("OFXImport_SwapOptions_Payee", ofx.swapPayee);
+  d.emplace("OFXImport_SwapOptions_TransactionType", ofx.swapTransactionType);
+  d.emplace("OFXImport_SwapOptions_ReferenceNumber", ofx.swapReferenceNumber);
+}
+
+void ReadQIFImport(const KeyReader& keys, QIFImportSettings& qif) {
+  OptionInteger(keys, "QIFImportEncoding", true, qif.encoding);
+  OptionInteger(keys, "QIFImportDateFormat", true, qif.dateFormat);
+  keys.text(
+      "QIFImportDecimalSeparator",
+      "No QIFImportDecimalSeparator defined in -[TARNAccount initWithDictionary:]",
+      "QIFImportDecimalSeparator is in the wrong format in -[TARNAccount initWithDictionary:]",
+      qif.decimalSeparator);
+  keys.text(
+      "QIFImportThousandsSeparator",
+      "No QIFImportThousandsSeparator defined in -[TARNAccount initWithDictionary:]",
+      "QIFImportThousandsSeparator is in the wrong format in -[TARNAccount initWithDictionary:]",
+      qif.thousandsSeparator);
+  OptionFlag(keys, "QIFImportZeroAmountsAsDeposits", true, qif.zeroAmountsAsDeposits);
+  OptionFlag(keys, "QIFImportAllCategories", true, qif.allCategories);
+  OptionFlag(keys, "QIFImportSplitLineItems", true, qif.splitLineItems);
+  OptionInteger(keys, "QIFImport_SwapOptions_ToFrom", true, qif.swapToFrom);
+  OptionInteger(keys, "QIFImport_SwapOptions_Category", true, qif.swapCategory);
+  OptionInteger(keys, "QIFImport_SwapOptions_Description", true, qif.swapDescription);
+}
+
+void WriteQIFImport(plist::Dictionary& d, const QIFImportSettings& qif) {
+  d.emplace("QIFImportEncoding", qif.encoding);
+  d.emplace("QIFImportDateFormat", qif.dateFormat);
+  d.emplace("QIFImportDecimalSeparator", qif.decimalSeparator);
+  d.emplace("QIFImportThousandsSeparator", qif.thousandsSeparator);
+  d.emplace("QIFImportZeroAmountsAsDeposits", qif.zeroAmountsAsDeposits);
+  d.emplace("QIFImportAllCategories", qif.allCategories);
+  d.emplace("QIFImportSplitLineItems", qif.splitLineItems);
+  d.emplace("QIFImport_SwapOptions_ToFrom", qif.swapToFrom);
+  d.emplace("QIFImport_SwapOptions_Category", qif.swapCategory);
+  d.emplace("QIFImport_SwapOptions_Description", qif.swapDescription);
+}
+
+void ReadTextImport(const KeyReader& keys, TextImportSettings& text) {
+  OptionInteger(keys, "textImportEncoding", true, text.encoding);
+  keys.string("textImportDataLayout", NoneDefined("textImportDataLayout"),
+              WrongFormat("textImportDataLayout"),
+              [&text](const std::string& s) { text.dataLayout = SplitLayout(s); });
+  OptionFlag(keys, "textImportSkipFirstRow", true, text.skipFirstRow);
+  OptionInteger(keys, "textImportDataFormat", true, text.dataFormat);
+  OptionInteger(keys, "textImportDateFormat", true, text.dateFormat);
+  keys.text("textImportDecimalSeparator",
+            "No textImportDecimalSeparator defined in TARNAccount:initWithDictionary",
+            "textImportDecimalSeparator is in the wrong format in TARNAccount:initWithDictionary",
+            text.decimalSeparator);
+  keys.text("textImportThousandsSeparator",
+            "No textImportThousandsSeparator defined in TARNAccount:initWithDictionary",
+            "textImportThousandsSeparator is in the wrong format in TARNAccount:initWithDictionary",
+            text.thousandsSeparator);
+  keys.number("textImportZeroAmountsAsDeposits", NoneDefined("textImportZeroAmountsAsDeposits"),
+              WrongFormat("textImportZeroAmountsAsDeposits"), [&text](const plist::Value& v) {
+                text.zeroAmountsAsDeposits = v.boolValue() ? 1 : 0;
+              });
+}
+
+void WriteTextImport(plist::Dictionary& d, const TextImportSettings& text) {
+  d.emplace("textImportEncoding", text.encoding);
+  if (text.dataLayout) d.emplace("textImportDataLayout", JoinLayout(*text.dataLayout));
+  d.emplace("textImportSkipFirstRow", text.skipFirstRow);
+  d.emplace("textImportDataFormat", text.dataFormat);
+  d.emplace("textImportDateFormat", text.dateFormat);
+  d.emplace("textImportDecimalSeparator", text.decimalSeparator);
+  d.emplace("textImportThousandsSeparator", text.thousandsSeparator);
+  d.emplace("textImportZeroAmountsAsDeposits", text.zeroAmountsAsDeposits != 0);
+}
+
+void ReadTextExport(const KeyReader& keys, TextExportSettings& text) {
+  OptionInteger(keys, "textExport_ExportType", true, text.exportType);
+  OptionInteger(keys, "textExport_Encoding", true, text.encoding);
+}
+
+void WriteTextExport(plist::Dictionary& d, const TextExportSettings& text) {
+  d.emplace("textExport_ExportType", text.exportType);
+  d.emplace("textExport_Encoding", text.encoding);
 }
 
 }  // namespace
@@ -378,94 +538,18 @@ void TARNAccount::loadSummaries(const plist::Value& dictionary) {
 
 void TARNAccount::loadViewFilters(const plist::Value& dictionary) {
   const KeyReader keys(dictionary);
-  const std::pair<const char*, std::int32_t*> settings[] = {
-      {"entryFilterType", &entryFilterType_},
-      {"entryFilterData", nullptr},
-      {"entryResolvedFilterType", &entryResolvedFilterType_},
-      {"entryTaxDeductibleFilterType", &entryTaxDeductibleFilterType_},
-      {"entryDateFilterType", &entryDateFilterType_},
-      {"entryDateFilterStartDate", &entryDateFilterStartDate_},
-      {"entryDateFilterEndDate", &entryDateFilterEndDate_},
-      {"reconcileFilterType", &reconcileFilterType_},
-      {"reconcileFilterData", nullptr},
-      {"reconcileResolvedFilterType", &reconcileResolvedFilterType_},
-      {"reconcileTaxDeductibleFilterType", &reconcileTaxDeductibleFilterType_},
-      {"reconcileDateFilterType", &reconcileDateFilterType_},
-      {"reconcileDateFilterStartDate", &reconcileDateFilterStartDate_},
-      {"reconcileDateFilterEndDate", &reconcileDateFilterEndDate_},
-  };
-  for (const auto& [key, field] : settings) {
-    const plist::Value* value = keys.find(key);
-    if (!value) continue;
-    if (!field) {
-      (key[0] == 'e' ? entryFilterData_ : reconcileFilterData_) = *value;
-    } else if (auto number = LooseInteger(*value)) {
-      *field = *number;
-    }
-  }
+  ReadViewFilter(keys, "entry", entryViewFilter_);
+  ReadViewFilter(keys, "reconcile", reconcileViewFilter_);
 }
 
 void TARNAccount::loadImportExportOptions(const plist::Value& dictionary) {
   const KeyReader keys(dictionary);
-  auto flag = [&keys](const char* key, bool logMissing, auto set) {
-    keys.number(key, logMissing ? NoneDefined(key) : std::string(), WrongFormat(key),
-                [&set](const plist::Value& v) { set(v.boolValue()); });
-  };
-  auto integer = [&keys](const char* key, bool logMissing, std::int32_t& field) {
-    keys.number(key, logMissing ? NoneDefined(key) : std::string(), WrongFormat(key),
-                [&field](const plist::Value& v) { field = v.intValue(); });
-  };
-  flag("OFXImportZeroAmountsAsDeposits", true,
-       [this](bool on) { SetOFXImportZeroAmountsAsDeposits(on); });
-  integer("OFXImport_SwapOptions_Name", false, OFXImport_SwapOptions_Name_);
-  integer("OFXImport_SwapOptions_Memo", false, OFXImport_SwapOptions_Memo_);
-  integer("OFXImport_SwapOptions_Payee", false, OFXImport_SwapOptions_Payee_);
-  integer("OFXImport_SwapOptions_TransactionType", false, OFXImport_SwapOptions_TransactionType_);
-  integer("OFXImport_SwapOptions_ReferenceNumber", false, OFXImport_SwapOptions_ReferenceNumber_);
-
-  integer("QIFImportEncoding", true, QIFImportEncoding_);
-  integer("QIFImportDateFormat", true, QIFImportDateFormat_);
-  keys.string(
-      "QIFImportDecimalSeparator",
-      "No QIFImportDecimalSeparator defined in -[TARNAccount initWithDictionary:]",
-      "QIFImportDecimalSeparator is in the wrong format in -[TARNAccount initWithDictionary:]",
-      [this](const std::string& s) { SetQIFImportDecimalSeparator(s); });
-  keys.string(
-      "QIFImportThousandsSeparator",
-      "No QIFImportThousandsSeparator defined in -[TARNAccount initWithDictionary:]",
-      "QIFImportThousandsSeparator is in the wrong format in -[TARNAccount initWithDictionary:]",
-      [this](const std::string& s) { SetQIFImportThousandsSeparator(s); });
-  flag("QIFImportZeroAmountsAsDeposits", true,
-       [this](bool on) { SetQIFImportZeroAmountsAsDeposits(on); });
-  flag("QIFImportAllCategories", true, [this](bool on) { SetQIFImportAllCategories(on); });
-  flag("QIFImportSplitLineItems", true, [this](bool on) { SetQIFImportSplitLineItems(on); });
-  integer("QIFImport_SwapOptions_ToFrom", true, QIFImport_SwapOptions_ToFrom_);
-  integer("QIFImport_SwapOptions_Category", true, QIFImport_SwapOptions_Category_);
-  integer("QIFImport_SwapOptions_Description", true, QIFImport_SwapOptions_Description_);
-
-  integer("textImportEncoding", true, textImportEncoding_);
-  keys.string("textImportDataLayout", NoneDefined("textImportDataLayout"),
-              WrongFormat("textImportDataLayout"),
-              [this](const std::string& s) { SetTextImportDataLayout(SplitLayout(s)); });
-  flag("textImportSkipFirstRow", true, [this](bool on) { SetTextImportSkipFirstRow(on); });
-  integer("textImportDataFormat", true, textImportDataFormat_);
-  integer("textImportDateFormat", true, textImportDateFormat_);
-  keys.string("textImportDecimalSeparator",
-              "No textImportDecimalSeparator defined in TARNAccount:initWithDictionary",
-              "textImportDecimalSeparator is in the wrong format in TARNAccount:initWithDictionary",
-              [this](const std::string& s) { SetTextImportDecimalSeparator(s); });
-  keys.string(
-      "textImportThousandsSeparator",
-      "No textImportThousandsSeparator defined in TARNAccount:initWithDictionary",
-      "textImportThousandsSeparator is in the wrong format in TARNAccount:initWithDictionary",
-      [this](const std::string& s) { SetTextImportThousandsSeparator(s); });
-  flag("textImportZeroAmountsAsDeposits", true,
-       [this](bool on) { SetTextImportZeroAmountsAsDeposits(on ? 1 : 0); });
-
-  integer("textExport_ExportType", true, textExport_ExportType_);
-  integer("textExport_Encoding", true, textExport_Encoding_);
-  integer("lastFromAccount", false, lastFromAccount_);
-  integer("lastToAccount", false, lastToAccount_);
+  ReadOFXImport(keys, ofxImport_);
+  ReadQIFImport(keys, qifImport_);
+  ReadTextImport(keys, textImport_);
+  ReadTextExport(keys, textExport_);
+  OptionInteger(keys, "lastFromAccount", false, lastFromAccount_);
+  OptionInteger(keys, "lastToAccount", false, lastToAccount_);
 }
 
 // Smart folders and folders replace the defaults when the key holds a list.
@@ -536,50 +620,12 @@ plist::Value TARNAccount::asDictionary() const {
   d.emplace("accountSummaries", std::move(summaries));
   d.emplace("selectedAccountSummary", selectedIndex);
 
-  d.emplace("entryFilterType", entryFilterType_);
-  if (!entryFilterData_.isNil()) d.emplace("entryFilterData", entryFilterData_);
-  d.emplace("entryResolvedFilterType", entryResolvedFilterType_);
-  d.emplace("entryTaxDeductibleFilterType", entryTaxDeductibleFilterType_);
-  d.emplace("entryDateFilterType", entryDateFilterType_);
-  d.emplace("entryDateFilterStartDate", entryDateFilterStartDate_);
-  d.emplace("entryDateFilterEndDate", entryDateFilterEndDate_);
-  d.emplace("reconcileFilterType", reconcileFilterType_);
-  if (!reconcileFilterData_.isNil()) d.emplace("reconcileFilterData", reconcileFilterData_);
-  d.emplace("reconcileResolvedFilterType", reconcileResolvedFilterType_);
-  d.emplace("reconcileTaxDeductibleFilterType", reconcileTaxDeductibleFilterType_);
-  d.emplace("reconcileDateFilterType", reconcileDateFilterType_);
-  d.emplace("reconcileDateFilterStartDate", reconcileDateFilterStartDate_);
-  d.emplace("reconcileDateFilterEndDate", reconcileDateFilterEndDate_);
-
-  d.emplace("OFXImportZeroAmountsAsDeposits", OFXImportZeroAmountsAsDeposits_);
-  d.emplace("OFXImport_SwapOptions_Name", OFXImport_SwapOptions_Name_);
-  d.emplace("OFXImport_SwapOptions_Memo", OFXImport_SwapOptions_Memo_);
-  d.emplace("OFXImport_SwapOptions_Payee", OFXImport_SwapOptions_Payee_);
-  d.emplace("OFXImport_SwapOptions_TransactionType", OFXImport_SwapOptions_TransactionType_);
-  d.emplace("OFXImport_SwapOptions_ReferenceNumber", OFXImport_SwapOptions_ReferenceNumber_);
-
-  d.emplace("QIFImportEncoding", QIFImportEncoding_);
-  d.emplace("QIFImportDateFormat", QIFImportDateFormat_);
-  d.emplace("QIFImportDecimalSeparator", QIFImportDecimalSeparator_);
-  d.emplace("QIFImportThousandsSeparator", QIFImportThousandsSeparator_);
-  d.emplace("QIFImportZeroAmountsAsDeposits", QIFImportZeroAmountsAsDeposits_);
-  d.emplace("QIFImportAllCategories", QIFImportAllCategories_);
-  d.emplace("QIFImportSplitLineItems", QIFImportSplitLineItems_);
-  d.emplace("QIFImport_SwapOptions_ToFrom", QIFImport_SwapOptions_ToFrom_);
-  d.emplace("QIFImport_SwapOptions_Category", QIFImport_SwapOptions_Category_);
-  d.emplace("QIFImport_SwapOptions_Description", QIFImport_SwapOptions_Description_);
-
-  d.emplace("textImportEncoding", textImportEncoding_);
-  if (textImportDataLayout_) d.emplace("textImportDataLayout", JoinLayout(*textImportDataLayout_));
-  d.emplace("textImportSkipFirstRow", textImportSkipFirstRow_);
-  d.emplace("textImportDataFormat", textImportDataFormat_);
-  d.emplace("textImportDateFormat", textImportDateFormat_);
-  d.emplace("textImportDecimalSeparator", textImportDecimalSeparator_);
-  d.emplace("textImportThousandsSeparator", textImportThousandsSeparator_);
-  d.emplace("textImportZeroAmountsAsDeposits", textImportZeroAmountsAsDeposits_ != 0);
-
-  d.emplace("textExport_ExportType", textExport_ExportType_);
-  d.emplace("textExport_Encoding", textExport_Encoding_);
+  WriteViewFilter(d, "entry", entryViewFilter_);
+  WriteViewFilter(d, "reconcile", reconcileViewFilter_);
+  WriteOFXImport(d, ofxImport_);
+  WriteQIFImport(d, qifImport_);
+  WriteTextImport(d, textImport_);
+  WriteTextExport(d, textExport_);
   d.emplace("lastFromAccount", lastFromAccount_);
   // Stored as a flag made from the low byte, not as the number: read back, any
   // account number with a non-zero low byte becomes 1. Kept for compatibility
