@@ -162,6 +162,17 @@ void TARNAccount::SetPassword(std::optional<std::string> password) {
   if (password_.empty()) authenticated_ = true;
 }
 
+bool TARNAccount::Authenticate(const std::optional<std::string>& password) {
+  // An account always holds a password string (empty for none), so the
+  // "no password at all" case of older hosts cannot arise here.
+  if (!password) {
+    authenticated_ = false;
+  } else if (*password == password_) {
+    authenticated_ = true;
+  }
+  return authenticated_;
+}
+
 void TARNAccount::setDefaultDebitType(std::shared_ptr<TARNAccountEntryType> type) {
   defaultDebitType_ = std::move(type);
 }

@@ -4,6 +4,26 @@
 // every record it holds; its entries and schedules point back at it. It refers
 // to the host's accounts controller (shared currencies and categories) and to
 // the selected folder and smart folder without owning them.
+//
+// The settings the account remembers are plain values of account_settings.h.
+// The operations follow by area, each under a heading that names the file
+// implementing it:
+//   making, loading and saving         account.cpp, account_dictionary.cpp
+//   identity and appearance            account.cpp
+//   entries and schedules              account_folders.cpp
+//   register settings and password     account.cpp
+//   entry types and categories         account.cpp
+//   suggestion-list preferences        account.cpp
+//   account summaries                  account.cpp
+//   folders and smart folders          account_folders.cpp
+//   view filters                       account_folders.cpp
+//   import and export options          account_settings.h
+//   entry sets and balances            account_balances.cpp
+//   numbering                          account_numbering.cpp
+//   look-ups, pending scheduled entries  account_lookups.cpp
+//   suggestion lists, imports          account_suggestions.cpp
+//   sorting                            account_sorting.cpp
+//   export                             account_export_qif.cpp, account_export_text.cpp
 #pragma once
 
 #include <cstdint>
@@ -140,7 +160,7 @@ class TARNAccount {
   std::int32_t NextAvailableNumber() { return ++numberCount_; }
 
   // ---------------------------------------------------------------------
-  // Register settings (account.cpp)
+  // Register settings and password (account.cpp)
   // ---------------------------------------------------------------------
 
   std::int32_t GetStartingCheckNumber() const { return startingCheckNumber_; }
@@ -155,6 +175,11 @@ class TARNAccount {
   const std::string& GetPassword() const { return password_; }
   void SetPassword(std::optional<std::string> password);
   bool IsAuthenticated() const { return authenticated_; }
+  // The empty password means none.
+  bool HasPassword() const { return !password_.empty(); }
+  // nullopt signs the account out; the stored password signs it in; any
+  // other text leaves the state as it was. Returns the state.
+  bool Authenticate(const std::optional<std::string>& password);
 
   // ---------------------------------------------------------------------
   // Entry types and categories (account.cpp)
@@ -458,19 +483,17 @@ class TARNAccount {
   void setLastToAccount(std::int32_t number) { lastToAccount_ = number; }
 
   // ---------------------------------------------------------------------
-  // Ledger operations (balances, numbering, look-ups, suggestion lists,
-  // sorting, export) are declared below this line.
+  // Entry sets and balances (account_balances.cpp)
   // ---------------------------------------------------------------------
 
-  // Entry sets (account_balances.cpp). The working set of every balance,
-  // total, look-up and check number is GetAllEntries: the register followed
-  // by each folder's entries, in folder order.
+  // The working set of every balance, total, look-up and check number is
+  // GetAllEntries: the register followed by each folder's entries, in folder
+  // order.
   Entries GetAllEntries() const;
   Entries GetDebits() const;
   Entries GetDeposits() const;
 
-  // Balances (account_balances.cpp). Void entries never count. Each is one
-  // pass over the entries.
+  // Void entries never count. Each balance is one pass over the entries.
   // 0.0 while the account is not authenticated.
   double GetBalance() const;
   // Entries dated on or before today; no authentication test.
@@ -490,8 +513,12 @@ class TARNAccount {
   // and check order. One sort and one pass.
   void CacheRunningBalances();
 
-  // Numbering (account_numbering.cpp). Linked deposits (the receiving half of
-  // a transfer) carry the other account's check number and never count.
+  // ---------------------------------------------------------------------
+  // Numbering (account_numbering.cpp)
+  // ---------------------------------------------------------------------
+
+  // Linked deposits (the receiving half of a transfer) carry the other
+  // account's check number and never count.
   // One more than the highest schedule number; 0 without schedules.
   std::int32_t NextAvailableScheduleNumber() const;
   // The highest check number of any entry, check or not; startingCheckNumber
@@ -508,7 +535,11 @@ class TARNAccount {
   std::int32_t nextAvailableTypeNumber() const;
   std::int32_t nextAvailableCategoryNumber() const;
 
-  // Look-ups (account_lookups.cpp), over GetAllEntries; nullptr when absent.
+  // ---------------------------------------------------------------------
+  // Look-ups and pending scheduled entries (account_lookups.cpp)
+  // ---------------------------------------------------------------------
+
+  // Over GetAllEntries; nullptr when absent.
   std::shared_ptr<TARNAccountEntry> GetEntryWithNumber(std::int32_t number) const;
   // Smallest (largest) date; the first in list order among equal dates.
   std::shared_ptr<TARNAccountEntry> GetFirstEntry() const;
@@ -531,14 +562,18 @@ class TARNAccount {
   void deactivateType(const std::shared_ptr<TARNAccountEntryType>& type);
   void deactivateCategory(const std::shared_ptr<TARNAccountEntryCategory>& category);
 
-  // Pending scheduled entries (account_lookups.cpp).
+  // Scheduled entries that have come due.
   bool HasPendingScheduledEntries() const;
   // 0 for nullopt.
   std::int32_t numberOfPendingScheduledEntriesForDate(
       const std::optional<CalendarDate>& date) const;
 
-  // Suggestion lists for the entry sheet (account_suggestions.cpp). Empty
-  // while the account is not authenticated. _All: every distinct non-empty
+  // ---------------------------------------------------------------------
+  // Suggestion lists and imports between accounts (account_suggestions.cpp)
+  // ---------------------------------------------------------------------
+
+  // The lists of the entry sheet. Empty while the account is not
+  // authenticated. _All: every distinct non-empty
   // text (case-insensitively; the first spelling wins), sorted
   // case-insensitively. _Some: the most recently entered distinct texts,
   // newest first, stopping after the addition made with n already in the
@@ -562,23 +597,20 @@ class TARNAccount {
   std::optional<Strings> GetPreferredTos() const;
   std::optional<Strings> GetPreferredFroms() const;
 
-  // Imports between accounts (account_suggestions.cpp); nothing unless the
-  // other account exists and is authenticated. Types whose names this
+  // Imports from another account: nothing unless the other account exists
+  // and is authenticated. Types whose names this
   // account lacks (case-insensitively) are copied with new numbers; texts of
   // the user's lists are appended when not already there.
   void importTypesFromAccount(const TARNAccount* other);
   void importDescriptionsFromAccount(const TARNAccount* other);
   void importToFromsFromAccount(const TARNAccount* other);
 
-  // Password (account_sorting.cpp). The stored password is always a string;
-  // the empty string means none.
-  bool HasPassword() const { return !password_.empty(); }
-  // nullopt signs the account out; the stored password signs it in; any
-  // other text leaves the state as it was. Returns the state.
-  bool Authenticate(const std::optional<std::string>& password);
+  // ---------------------------------------------------------------------
+  // Sorting (account_sorting.cpp)
+  // ---------------------------------------------------------------------
 
-  // Sorting (account_sorting.cpp). Sorts the selected folder (or the
-  // register) in place by a column, entry number breaking ties.
+  // Sorts the selected folder (or the register) in place by a column, entry
+  // number breaking ties.
   void SortBy(std::int32_t column, bool descending);
   // Orders of accounts for the host's list: 1, 0 or -1.
   int NameIsGreaterThan(const TARNAccount& other) const;
@@ -587,10 +619,13 @@ class TARNAccount {
   int BalanceIsGreaterThan(const TARNAccount& other) const;
   int BalanceIsGreaterThan_Reversed(const TARNAccount& other) const;
 
-  // Export (account_export_qif.cpp, account_export_text.cpp). The register,
-  // or what the options' filter keeps of it, in date and check order; the
-  // starting balance leads unless a filter is given. nullptr options mean
-  // the defaults.
+  // ---------------------------------------------------------------------
+  // Export (account_export_qif.cpp, account_export_text.cpp)
+  // ---------------------------------------------------------------------
+
+  // The register, or what the options' filter keeps of it, in date and check
+  // order; the starting balance leads unless a filter is given. nullptr
+  // options mean the defaults.
   std::string asQIFStringWithOptions(const TARNExportOptions* options) const;
   std::string asTabDelimitedStringWithOptions(const TARNExportOptions* options) const;
 
@@ -611,6 +646,7 @@ class TARNAccount {
   Entries filteredEntries(std::int32_t viewType) const;
   std::pair<DateNumber, DateNumber> firstAndLastRegisterDates() const;
 
+  // Identity, records and register settings.
   TARNAccountsController* accountsController_ = nullptr;
   std::int32_t number_ = -1;
   std::int32_t version_ = 8;
@@ -631,6 +667,7 @@ class TARNAccount {
   bool authenticated_ = false;
   Schedules schedules_;
   std::int32_t numberCount_ = 0;
+  // Suggestion preferences and summaries.
   std::int32_t preference_Descriptions_Style_ = 1;
   std::int32_t preference_ToFrom_Style_ = 1;
   std::int32_t preference_ToFrom_SomeSelection_ = 50;
@@ -643,6 +680,7 @@ class TARNAccount {
   std::shared_ptr<TARNAccountSummary> selectedAccountSummary_;
   double statementBalance_ = 0.0;
 
+  // Remembered settings, one value per group.
   ViewFilterSettings entryViewFilter_;
   ViewFilterSettings reconcileViewFilter_;
   OFXImportSettings ofxImport_;
@@ -652,6 +690,7 @@ class TARNAccount {
   std::int32_t lastFromAccount_ = -1;
   std::int32_t lastToAccount_ = -1;
 
+  // Folders, smart folders and the window's selections.
   Filters smartFolders_;
   Folders folders_;
   std::weak_ptr<TARNFilter> smartFolder_;

@@ -1,5 +1,5 @@
-// Sorting the register by a column, the orders of accounts in the host's
-// list, and the account's own password.
+// Sorting the register by a column, and the orders of accounts in the host's
+// list.
 
 #include <algorithm>
 #include <cstdint>
@@ -160,17 +160,6 @@ int TARNAccount::BalanceIsGreaterThan(const TARNAccount& other) const {
 
 int TARNAccount::BalanceIsGreaterThan_Reversed(const TARNAccount& other) const {
   return -BalanceIsGreaterThan(other);
-}
-
-bool TARNAccount::Authenticate(const std::optional<std::string>& password) {
-  // An account always holds a password string (empty for none), so the
-  // "no password at all" case of older hosts cannot arise here.
-  if (!password) {
-    authenticated_ = false;
-  } else if (*password == password_) {
-    authenticated_ = true;
-  }
-  return authenticated_;
 }
 
 }  // namespace tarn
