@@ -114,22 +114,6 @@ class KeyReader {
     if (auto number = LooseReal(*value)) apply(*number);
   }
 
-  // A number key read as a flag or as an integer into its field.
-  void flag(std::string_view key, std::string_view missing, std::string_view wrong,
-            bool& field) const {
-    number(key, missing, wrong, [&field](const plist::Value& v) { field = v.boolValue(); });
-  }
-  void integer(std::string_view key, std::string_view missing, std::string_view wrong,
-               std::int32_t& field) const {
-    number(key, missing, wrong, [&field](const plist::Value& v) { field = v.intValue(); });
-  }
-
-  // A text key stored as it is.
-  void text(std::string_view key, std::string_view missing, std::string_view wrong,
-            std::string& field) const {
-    string(key, missing, wrong, [&field](const std::string& s) { field = s; });
-  }
-
   // An array whose elements are all texts.
   void strings(std::string_view key, std::string_view missing, std::string_view wrong,
                std::optional<std::vector<std::string>>& field) const {
@@ -193,14 +177,141 @@ plist::Array StringArray(const std::vector<std::string>& texts) {
   return plist::Array(texts.begin(), texts.end());
 }
 
-// The option keys read with the shared messages; `logMissing` false reads
-// the key silently when it is absent.
-void OptionFlag(const KeyReader& keys, const char* key, bool logMissing, bool& field) {
-  keys.flag(key, logMissing ? NoneDefined(key) : std::string(), WrongFormat(key), field);
+// How a key of the remembered options logs its absence and a value of the
+// wrong kind: the shared option lines (or nothing when absent), or the lines
+// of the QIF and text-import separators, worded as the format has them.
+enum class KeyLines { kOption, kOptionQuietWhenMissing, kInitMethod, kInitFunction };
+
+std::string MissingLine(std::string_view key, KeyLines lines) {
+  switch (lines) {
+    case KeyLines::kOption:
+      return NoneDefined(key);
+    case KeyLines::kOptionQuietWhenMissing:
+      return {};
+    case KeyLines::kInitMethod:
+      return "No " + std::string(key) + " defined in -[TARNAccount initWithDictionary:]";
+    case KeyLines::kInitFunction:
+      return "No " + std::string(key) + " defined in TARNAccount:initWithDictionary";
+  }
+  return {};
 }
-void OptionInteger(const KeyReader& keys, const char* key, bool logMissing, std::int32_t& field) {
-  keys.integer(key, logMissing ? NoneDefined(key) : std::string(), WrongFormat(key), field);
+
+std::string WrongLine(std::string_view key, KeyLines lines) {
+  switch (lines) {
+    case KeyLines::kOption:
+    case KeyLines::kOptionQuietWhenMissing:
+      return WrongFormat(key);
+    case KeyLines::kInitMethod:
+      return std::string(key) + " is in the wrong format in -[TARNAccount initWithDictionary:]";
+    case KeyLines::kInitFunction:
+      return std::string(key) + " is in the wrong format in TARNAccount:initWithDictionary";
+  }
+  return {};
 }
+
+// Each group of options lists its keys once, in the order they are read, and
+// a reader or a writer visits them: flags and integers are stored as
+// numbers, separators as texts, the text-import column layout as the text
+// "3,0,1", and the text import's zero-amount choice (a byte) as a flag.
+template <typename OFX, typename Visit>
+void OFXImportFields(OFX& ofx, Visit&& visit) {
+  using enum KeyLines;
+  visit("OFXImportZeroAmountsAsDeposits", kOption, ofx.zeroAmountsAsDeposits);
+  visit("OFXImport_SwapOptions_Name", kOptionQuietWhenMissing, ofx.swapName);
+  visit("OFXImport_SwapOptions_Memo", kOptionQuietWhenMissing, ofx.swapMemo);
+  visit("OFXImport_SwapOptions_Payee", kOptionQuietWhenMissing, ofx.swapPayee);
+  visit("OFXImport_SwapOptions_TransactionType", kOptionQuietWhenMissing, ofx.swapTransactionType);
+  visit("OFXImport_SwapOptions_ReferenceNumber", kOptionQuietWhenMissing, ofx.swapReferenceNumber);
+}
+
+template <typename QIF, typename Visit>
+void QIFImportFields(QIF& qif, Visit&& visit) {
+  using enum KeyLines;
+  visit("QIFImportEncoding", kOption, qif.encoding);
+  visit("QIFImportDateFormat", kOption, qif.dateFormat);
+  visit("QIFImportDecimalSeparator", kInitMethod, qif.decimalSeparator);
+  visit("QIFImportThousandsSeparator", kInitMethod, qif.thousandsSeparator);
+  visit("QIFImportZeroAmountsAsDeposits", kOption, qif.zeroAmountsAsDeposits);
+  visit("QIFImportAllCategories", kOption, qif.allCategories);
+  visit("QIFImportSplitLineItems", kOption, qif.splitLineItems);
+  visit("QIFImport_SwapOptions_ToFrom", kOption, qif.swapToFrom);
+  visit("QIFImport_SwapOptions_Category", kOption, qif.swapCategory);
+  visit("QIFImport_SwapOptions_Description", kOption, qif.swapDescription);
+}
+
+template <typename Text, typename Visit>
+void TextImportFields(Text& text, Visit&& visit) {
+  using enum KeyLines;
+  visit("textImportEncoding", kOption, text.encoding);
+  visit("textImportDataLayout", kOption, text.dataLayout);
+  visit("textImportSkipFirstRow", kOption, text.skipFirstRow);
+  visit("textImportDataFormat", kOption, text.dataFormat);
+  visit("textImportDateFormat", kOption, text.dateFormat);
+  visit("textImportDecimalSeparator", kInitFunction, text.decimalSeparator);
+  visit("textImportThousandsSeparator", kInitFunction, text.thousandsSeparator);
+  visit("textImportZeroAmountsAsDeposits", kOption, text.zeroAmountsAsDeposits);
+}
+
+template <typename Export, typename Visit>
+void TextExportFields(Export& text, Visit&& visit) {
+  visit("textExport_ExportType", KeyLines::kOption, text.exportType);
+  visit("textExport_Encoding", KeyLines::kOption, text.encoding);
+}
+
+// Reads a key into its field, logging as the key's lines say; the field keeps
+// its value when the key is absent or of the wrong kind.
+class FieldReader {
+ public:
+  explicit FieldReader(const KeyReader& keys) : keys_(keys) {}
+
+  void operator()(std::string_view key, KeyLines lines, bool& field) const {
+    keys_.number(key, MissingLine(key, lines), WrongLine(key, lines),
+                 [&field](const plist::Value& v) { field = v.boolValue(); });
+  }
+  void operator()(std::string_view key, KeyLines lines, std::uint8_t& field) const {
+    keys_.number(key, MissingLine(key, lines), WrongLine(key, lines),
+                 [&field](const plist::Value& v) { field = v.boolValue() ? 1 : 0; });
+  }
+  void operator()(std::string_view key, KeyLines lines, std::int32_t& field) const {
+    keys_.number(key, MissingLine(key, lines), WrongLine(key, lines),
+                 [&field](const plist::Value& v) { field = v.intValue(); });
+  }
+  void operator()(std::string_view key, KeyLines lines, std::string& field) const {
+    keys_.string(key, MissingLine(key, lines), WrongLine(key, lines),
+                 [&field](const std::string& s) { field = s; });
+  }
+  void operator()(std::string_view key, KeyLines lines,
+                  std::optional<std::vector<std::int32_t>>& field) const {
+    keys_.string(key, MissingLine(key, lines), WrongLine(key, lines),
+                 [&field](const std::string& s) { field = SplitLayout(s); });
+  }
+
+ private:
+  const KeyReader& keys_;
+};
+
+// Stores each field under its key; a text-import layout the user never made
+// is left out.
+class FieldWriter {
+ public:
+  explicit FieldWriter(plist::Dictionary& d) : d_(d) {}
+
+  void operator()(const char* key, KeyLines, bool field) const { d_.emplace(key, field); }
+  void operator()(const char* key, KeyLines, std::uint8_t field) const {
+    d_.emplace(key, field != 0);
+  }
+  void operator()(const char* key, KeyLines, std::int32_t field) const { d_.emplace(key, field); }
+  void operator()(const char* key, KeyLines, const std::string& field) const {
+    d_.emplace(key, field);
+  }
+  void operator()(const char* key, KeyLines,
+                  const std::optional<std::vector<std::int32_t>>& field) const {
+    if (field) d_.emplace(key, JoinLayout(*field));
+  }
+
+ private:
+  plist::Dictionary& d_;
+};
 
 // The fields of a view filter, in the order they are stored. Each key is the
 // view's prefix ("entry" or "reconcile") followed by the field's suffix.
@@ -240,101 +351,6 @@ void WriteViewFilter(plist::Dictionary& d, std::string_view prefix,
   // A nil search text is left out.
   if (!view.filterData.isNil())
     d.emplace(key.assign(prefix).append(kFilterDataSuffix), view.filterData);
-}
-
-void ReadOFXImport(const KeyReader& keys, OFXImportSettings& ofx) {
-  OptionFlag(keys, "OFXImportZeroAmountsAsDeposits", true, ofx.zeroAmountsAsDeposits);
-  OptionInteger(keys, "OFXImport_SwapOptions_Name", false, ofx.swapName);
-  OptionInteger(keys, "OFXImport_SwapOptions_Memo", false, ofx.swapMemo);
-  OptionInteger(keys, "OFXImport_SwapOptions_Payee", false, ofx.swapPayee);
-  OptionInteger(keys, "OFXImport_SwapOptions_TransactionType", false, ofx.swapTransactionType);
-  OptionInteger(keys, "OFXImport_SwapOptions_ReferenceNumber", false, ofx.swapReferenceNumber);
-}
-
-void WriteOFXImport(plist::Dictionary& d, const OFXImportSettings& ofx) {
-  d.emplace("OFXImportZeroAmountsAsDeposits", ofx.zeroAmountsAsDeposits);
-  d.emplace("OFXImport_SwapOptions_Name", ofx.swapName);
-  d.emplace("OFXImport_SwapOptions_Memo", ofx.swapMemo);
-  d.emplace("OFXImport_SwapOptions_Payee", ofx.swapPayee);
-  d.emplace("OFXImport_SwapOptions_TransactionType", ofx.swapTransactionType);
-  d.emplace("OFXImport_SwapOptions_ReferenceNumber", ofx.swapReferenceNumber);
-}
-
-void ReadQIFImport(const KeyReader& keys, QIFImportSettings& qif) {
-  OptionInteger(keys, "QIFImportEncoding", true, qif.encoding);
-  OptionInteger(keys, "QIFImportDateFormat", true, qif.dateFormat);
-  keys.text(
-      "QIFImportDecimalSeparator",
-      "No QIFImportDecimalSeparator defined in -[TARNAccount initWithDictionary:]",
-      "QIFImportDecimalSeparator is in the wrong format in -[TARNAccount initWithDictionary:]",
-      qif.decimalSeparator);
-  keys.text(
-      "QIFImportThousandsSeparator",
-      "No QIFImportThousandsSeparator defined in -[TARNAccount initWithDictionary:]",
-      "QIFImportThousandsSeparator is in the wrong format in -[TARNAccount initWithDictionary:]",
-      qif.thousandsSeparator);
-  OptionFlag(keys, "QIFImportZeroAmountsAsDeposits", true, qif.zeroAmountsAsDeposits);
-  OptionFlag(keys, "QIFImportAllCategories", true, qif.allCategories);
-  OptionFlag(keys, "QIFImportSplitLineItems", true, qif.splitLineItems);
-  OptionInteger(keys, "QIFImport_SwapOptions_ToFrom", true, qif.swapToFrom);
-  OptionInteger(keys, "QIFImport_SwapOptions_Category", true, qif.swapCategory);
-  OptionInteger(keys, "QIFImport_SwapOptions_Description", true, qif.swapDescription);
-}
-
-void WriteQIFImport(plist::Dictionary& d, const QIFImportSettings& qif) {
-  d.emplace("QIFImportEncoding", qif.encoding);
-  d.emplace("QIFImportDateFormat", qif.dateFormat);
-  d.emplace("QIFImportDecimalSeparator", qif.decimalSeparator);
-  d.emplace("QIFImportThousandsSeparator", qif.thousandsSeparator);
-  d.emplace("QIFImportZeroAmountsAsDeposits", qif.zeroAmountsAsDeposits);
-  d.emplace("QIFImportAllCategories", qif.allCategories);
-  d.emplace("QIFImportSplitLineItems", qif.splitLineItems);
-  d.emplace("QIFImport_SwapOptions_ToFrom", qif.swapToFrom);
-  d.emplace("QIFImport_SwapOptions_Category", qif.swapCategory);
-  d.emplace("QIFImport_SwapOptions_Description", qif.swapDescription);
-}
-
-void ReadTextImport(const KeyReader& keys, TextImportSettings& text) {
-  OptionInteger(keys, "textImportEncoding", true, text.encoding);
-  keys.string("textImportDataLayout", NoneDefined("textImportDataLayout"),
-              WrongFormat("textImportDataLayout"),
-              [&text](const std::string& s) { text.dataLayout = SplitLayout(s); });
-  OptionFlag(keys, "textImportSkipFirstRow", true, text.skipFirstRow);
-  OptionInteger(keys, "textImportDataFormat", true, text.dataFormat);
-  OptionInteger(keys, "textImportDateFormat", true, text.dateFormat);
-  keys.text("textImportDecimalSeparator",
-            "No textImportDecimalSeparator defined in TARNAccount:initWithDictionary",
-            "textImportDecimalSeparator is in the wrong format in TARNAccount:initWithDictionary",
-            text.decimalSeparator);
-  keys.text("textImportThousandsSeparator",
-            "No textImportThousandsSeparator defined in TARNAccount:initWithDictionary",
-            "textImportThousandsSeparator is in the wrong format in TARNAccount:initWithDictionary",
-            text.thousandsSeparator);
-  keys.number("textImportZeroAmountsAsDeposits", NoneDefined("textImportZeroAmountsAsDeposits"),
-              WrongFormat("textImportZeroAmountsAsDeposits"), [&text](const plist::Value& v) {
-                text.zeroAmountsAsDeposits = v.boolValue() ? 1 : 0;
-              });
-}
-
-void WriteTextImport(plist::Dictionary& d, const TextImportSettings& text) {
-  d.emplace("textImportEncoding", text.encoding);
-  if (text.dataLayout) d.emplace("textImportDataLayout", JoinLayout(*text.dataLayout));
-  d.emplace("textImportSkipFirstRow", text.skipFirstRow);
-  d.emplace("textImportDataFormat", text.dataFormat);
-  d.emplace("textImportDateFormat", text.dateFormat);
-  d.emplace("textImportDecimalSeparator", text.decimalSeparator);
-  d.emplace("textImportThousandsSeparator", text.thousandsSeparator);
-  d.emplace("textImportZeroAmountsAsDeposits", text.zeroAmountsAsDeposits != 0);
-}
-
-void ReadTextExport(const KeyReader& keys, TextExportSettings& text) {
-  OptionInteger(keys, "textExport_ExportType", true, text.exportType);
-  OptionInteger(keys, "textExport_Encoding", true, text.encoding);
-}
-
-void WriteTextExport(plist::Dictionary& d, const TextExportSettings& text) {
-  d.emplace("textExport_ExportType", text.exportType);
-  d.emplace("textExport_Encoding", text.encoding);
 }
 
 }  // namespace
@@ -544,12 +560,13 @@ void TARNAccount::loadViewFilters(const plist::Value& dictionary) {
 
 void TARNAccount::loadImportExportOptions(const plist::Value& dictionary) {
   const KeyReader keys(dictionary);
-  ReadOFXImport(keys, ofxImport_);
-  ReadQIFImport(keys, qifImport_);
-  ReadTextImport(keys, textImport_);
-  ReadTextExport(keys, textExport_);
-  OptionInteger(keys, "lastFromAccount", false, lastFromAccount_);
-  OptionInteger(keys, "lastToAccount", false, lastToAccount_);
+  const FieldReader reader(keys);
+  OFXImportFields(ofxImport_, reader);
+  QIFImportFields(qifImport_, reader);
+  TextImportFields(textImport_, reader);
+  TextExportFields(textExport_, reader);
+  reader("lastFromAccount", KeyLines::kOptionQuietWhenMissing, lastFromAccount_);
+  reader("lastToAccount", KeyLines::kOptionQuietWhenMissing, lastToAccount_);
 }
 
 // Smart folders and folders replace the defaults when the key holds a list.
@@ -622,10 +639,11 @@ plist::Value TARNAccount::asDictionary() const {
 
   WriteViewFilter(d, "entry", entryViewFilter_);
   WriteViewFilter(d, "reconcile", reconcileViewFilter_);
-  WriteOFXImport(d, ofxImport_);
-  WriteQIFImport(d, qifImport_);
-  WriteTextImport(d, textImport_);
-  WriteTextExport(d, textExport_);
+  const FieldWriter writer(d);
+  OFXImportFields(ofxImport_, writer);
+  QIFImportFields(qifImport_, writer);
+  TextImportFields(textImport_, writer);
+  TextExportFields(textExport_, writer);
   d.emplace("lastFromAccount", lastFromAccount_);
   // Stored as a flag made from the low byte, not as the number: read back, any
   // account number with a non-zero low byte becomes 1. Kept for compatibility
