@@ -10,13 +10,13 @@
 // implementing it:
 //   making, loading and saving         account.cpp, account_dictionary.cpp
 //   identity and appearance            account.cpp
-//   entries and schedules              account_folders.cpp
+//   entries and schedules              account_lists.cpp
 //   register settings and password     account.cpp
 //   entry types and categories         account.cpp
 //   suggestion-list preferences        account.cpp
 //   account summaries                  account.cpp
-//   folders and smart folders          account_folders.cpp
-//   view filters                       account_folders.cpp
+//   folders and smart folders          account_lists.cpp
+//   view filters                       account_view_filters.cpp
 //   import and export options          account_settings.h
 //   entry sets and balances            account_balances.cpp
 //   numbering                          account_numbering.cpp
@@ -133,7 +133,7 @@ class TARNAccount {
   void setDisplayExpanded(bool expanded) { displayExpanded_ = expanded; }
 
   // ---------------------------------------------------------------------
-  // Entries and schedules (account_folders.cpp)
+  // Entries and schedules (account_lists.cpp)
   // ---------------------------------------------------------------------
 
   // The register itself, in the order held.
@@ -271,7 +271,7 @@ class TARNAccount {
   void selectAccountSummaryAtIndex(std::int32_t index);
 
   // ---------------------------------------------------------------------
-  // Folders and smart folders (account_folders.cpp)
+  // Folders and smart folders (account_lists.cpp)
   // ---------------------------------------------------------------------
 
   Filters& smartFolders() { return smartFolders_; }
@@ -305,7 +305,7 @@ class TARNAccount {
   void setFolder(const std::shared_ptr<TARNAccountFolder>& folder) { folder_ = folder; }
 
   // ---------------------------------------------------------------------
-  // View filters (account_folders.cpp)
+  // View filters (account_view_filters.cpp)
   // ---------------------------------------------------------------------
 
   // A new filter from the settings of the entry view (1) or reconcile view
@@ -642,7 +642,7 @@ class TARNAccount {
   void readCurrency(const plist::Value* value);
 
   // The filtered view of one view type, and the date span of the register
-  // that its "all entries" range covers (account_folders.cpp).
+  // that its "all entries" range covers (account_view_filters.cpp).
   Entries filteredEntries(std::int32_t viewType) const;
   std::pair<DateNumber, DateNumber> firstAndLastRegisterDates() const;
 

@@ -11,8 +11,8 @@
 
 #include "tarn/account/account.h"
 #include "tarn/account/account_folder.h"
-#include "tarn/account/folded_text.h"
 #include "tarn/model/account_entry.h"
+#include "tarn/platform/folded_text.h"
 #include "tarn/platform/text.h"
 
 namespace tarn {
