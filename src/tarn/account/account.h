@@ -20,7 +20,7 @@
 //   import and export options          account_settings.h
 //   entry sets and balances            account_balances.cpp
 //   numbering                          account_numbering.cpp
-//   look-ups, pending scheduled entries  account_lookups.cpp
+//   look-ups, due schedules            account_lookups.cpp
 //   suggestion lists, imports          account_suggestions.cpp
 //   sorting                            account_sorting.cpp
 //   export                             account_export_qif.cpp, account_export_text.cpp
