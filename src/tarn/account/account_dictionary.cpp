@@ -18,6 +18,7 @@
 #include "tarn/model/entry_type.h"
 #include "tarn/platform/bulk_storage.h"
 #include "tarn/platform/log.h"
+#include "tarn/platform/number_text.h"
 #include "tarn/reports/account_summary.h"
 
 namespace tarn {
@@ -26,33 +27,6 @@ namespace {
 
 constexpr std::string_view kInvalidDictionary =
     "Invalid theDictionary supplied to -[TARNAccount initWithDictionary:]";
-
-// The leading integer of a text, as the platform's string reading gives it:
-// leading blanks skipped, an optional sign, digits; 0 when there are none,
-// clamped to the 32-bit range.
-std::int32_t LeadingInteger(std::string_view text) {
-  std::size_t i = 0;
-  while (i < text.size() && (text[i] == ' ' || text[i] == '\t' || text[i] == '\n')) ++i;
-  bool negative = false;
-  if (i < text.size() && (text[i] == '+' || text[i] == '-')) negative = text[i++] == '-';
-  std::int64_t magnitude = 0;
-  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
-    magnitude = std::min<std::int64_t>(magnitude * 10 + (text[i] - '0'),
-                                       std::int64_t{std::numeric_limits<std::int32_t>::max()} + 1);
-  }
-  const std::int64_t value = negative ? -magnitude : magnitude;
-  return static_cast<std::int32_t>(std::clamp<std::int64_t>(
-      value, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
-}
-
-double LeadingReal(std::string_view text) {
-  std::size_t i = 0;
-  while (i < text.size() && (text[i] == ' ' || text[i] == '\t' || text[i] == '\n')) ++i;
-  if (i < text.size() && text[i] == '+') ++i;
-  double value = 0.0;
-  std::from_chars(text.data() + i, text.data() + text.size(), value);
-  return value;
-}
 
 // Keys read without a test of their kind: numbers, and texts by their leading
 // number as the platform reads them. Values of other kinds cannot be read as

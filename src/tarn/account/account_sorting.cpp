@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -106,14 +105,11 @@ void TARNAccount::SortBy(std::int32_t column, bool descending) {
   // exactly as the entries' comparators do.
   switch (column) {
     case kSortColumnCheckNumber:
-      return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
-        const bool check = entry.IsCheck();
-        return std::pair(check ? 0 : 1, check ? entry.GetCheckNumber() : 0);
-      });
+      return SortByKeys(list, descending,
+                        [](const TARNAccountEntry& entry) { return entry.CheckOrderKey(); });
     case kSortColumnDate:
       return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
-        const bool check = entry.IsCheck();
-        return std::tuple(entry.GetDate(), check ? 0 : 1, check ? entry.GetCheckNumber() : 0);
+        return std::pair(entry.GetDate(), entry.CheckOrderKey());
       });
     case kSortColumnDescription:
       return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
