@@ -31,11 +31,11 @@ double SumOverAccounts(const TARNAccountSummary& summary, Value&& value) {
 template <typename Better>
 std::shared_ptr<TARNAccountEntry> BestEntry(const TARNAccountSummary::Entries& entries,
                                             Better&& better) {
-  std::shared_ptr<TARNAccountEntry> best;
+  const std::shared_ptr<TARNAccountEntry>* best = nullptr;
   for (const auto& entry : entries) {
-    if (entry && (!best || better(*entry, *best))) best = entry;
+    if (entry && (!best || better(*entry, **best))) best = &entry;
   }
-  return best;
+  return best ? *best : nullptr;
 }
 
 template <typename Keep>

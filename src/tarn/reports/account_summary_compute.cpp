@@ -174,11 +174,21 @@ std::shared_ptr<const TARNSummaryResult> TARNAccountSummary::ComputeResult() {
   for (std::size_t i = 0; i < survivors.size(); ++i) {
     keys.push_back({survivors[i]->GetDate(), survivors[i]->GetNumber(), std::uint32_t(i)});
   }
-  std::sort(keys.begin(), keys.end(), [](const Key& a, const Key& b) {
+  const auto before = [](const Key& a, const Key& b) {
     if (a.date != b.date) return a.date < b.date;
     if (a.number != b.number) return a.number < b.number;
     return a.position < b.position;
-  });
+  };
+  // Registers are mostly kept in date order, so the survivors are usually
+  // two sorted runs (the debits, then the deposits): merge them then.
+  const auto descent = std::is_sorted_until(keys.begin(), keys.end(), before);
+  if (descent != keys.end()) {
+    if (std::is_sorted(descent, keys.end(), before)) {
+      std::inplace_merge(keys.begin(), descent, keys.end(), before);
+    } else {
+      std::sort(keys.begin(), keys.end(), before);
+    }
+  }
   result->entries.reserve(keys.size());
   result->entryIndexes.reserve(keys.size());
   for (const Key& key : keys) {

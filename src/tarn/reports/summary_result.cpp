@@ -3,6 +3,8 @@
 #include <string>
 #include <utility>
 
+#include "tarn/platform/bulk_storage.h"
+
 namespace tarn {
 
 namespace {
@@ -92,6 +94,9 @@ plist::Value TARNSummaryResult::periodAsDictionary(const TARNSummaryPeriod& peri
 }
 
 plist::Value TARNSummaryResult::asDictionary() const {
+  // The whole tree is built here at once and is replaced as a whole by the
+  // next computation: the case bulk storage is made for.
+  plist::BulkStorageScope bulk;
   plist::Dictionary d =
       CommonKeys(startDate, endDate, IndexesValue(entryIndexes, 0, entryIndexes.size()), totals,
                  runningTotal, startBalance, endBalance, subtotals);
