@@ -1,8 +1,11 @@
 // A saved report of an account: a named set of options (date range, which
 // entries, which subtotals, an optional text filter) kept in the account's
-// list of summaries and stored there as an options dictionary. The summary
-// holds the entries it works on (shared with their account) and refers to the
-// accounts they come from without owning them.
+// list of summaries and stored there as an options dictionary. On request it
+// totals its entries over the range and its periods, with subtotals by
+// category, type, description and party and the accounts' balances, as a
+// typed result and as the dictionary the host reads. The summary holds the
+// entries it works on (shared with their account) and the last result, and
+// refers to the accounts the entries come from without owning them.
 #pragma once
 
 #include <cstdint>
