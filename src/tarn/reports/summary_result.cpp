@@ -3,7 +3,6 @@
 #include <string>
 #include <utility>
 
-#include "tarn/platform/bulk_storage.h"
 
 namespace tarn {
 
@@ -24,7 +23,7 @@ plist::Value NamedRowsValue(const std::vector<TARNSummaryNamedRow>& rows) {
   plist::Dictionary dictionary;
   dictionary.reserve(rows.size());
   // Sorted by name already: each key goes at the end.
-  for (const TARNSummaryNamedRow& row : rows) dictionary.emplace(row.name, RowValue(row.row));
+  for (const TARNSummaryNamedRow& row : rows) dictionary.appendSorted(row.name, RowValue(row.row));
   return plist::Value(std::move(dictionary));
 }
 
@@ -94,9 +93,6 @@ plist::Value TARNSummaryResult::periodAsDictionary(const TARNSummaryPeriod& peri
 }
 
 plist::Value TARNSummaryResult::asDictionary() const {
-  // The whole tree is built here at once and is replaced as a whole by the
-  // next computation: the case bulk storage is made for.
-  plist::BulkStorageScope bulk;
   plist::Dictionary d =
       CommonKeys(startDate, endDate, IndexesValue(entryIndexes, 0, entryIndexes.size()), totals,
                  runningTotal, startBalance, endBalance, subtotals);
