@@ -25,8 +25,10 @@ namespace tarn {
 namespace {
 
 using summary_detail::BalanceTable;
+using summary_detail::EntryNames;
 using summary_detail::PeriodAccumulator;
 using summary_detail::RangeAccumulator;
+using summary_detail::SummaryNames;
 
 // Styles 2 to 11 and 15 to 18 name a mnemonic period; -1 for the others.
 int MnemonicOfRangeStyle(std::int32_t style) {
@@ -206,9 +208,12 @@ std::shared_ptr<const TARNSummaryResult> TARNAccountSummary::ComputeResult() {
   }
   const BalanceTable balances(accounts_, target.get(), std::move(balanceDates));
 
-  PeriodAccumulator periodSums(target.get(), parentCategorySubtotalsIncludeSubcategorySubtotals_);
-  RangeAccumulator rangeSums;
   const auto& sorted = result->entries;
+  SummaryNames names;
+  const std::vector<EntryNames> entryNames = names.number(sorted);
+  PeriodAccumulator periodSums(target.get(), parentCategorySubtotalsIncludeSubcategorySubtotals_,
+                               names);
+  RangeAccumulator rangeSums(names);
   std::size_t cursor = 0;
   result->periods.reserve(bounds.size());
   for (const auto& bound : bounds) {
@@ -226,11 +231,10 @@ std::shared_ptr<const TARNSummaryResult> TARNAccountSummary::ComputeResult() {
                          : nullptr,
                      period.startBalance);
     for (; cursor < sorted.size() && sorted[cursor]->GetDate() <= lastDay; ++cursor) {
-      periodSums.add(*sorted[cursor]);
+      periodSums.add(*sorted[cursor], entryNames[cursor]);
     }
     period.entriesCount = cursor - period.firstEntry;
-    periodSums.finish(period);
-    rangeSums.add(period);
+    periodSums.finish(period, &rangeSums);
   }
   rangeSums.finish(*result);
 
@@ -269,7 +273,9 @@ plist::Value TARNAccountSummary::SubtotalEntries(const Entries& entries,
   period.entriesCount = entries.size();
   period.startBalance = RoundNearZeroValue(GetRunningBalanceBeforeDate(startDate.dateNumber()));
   period.endBalance = RoundNearZeroValue(GetRunningBalanceThroughDate(endDate.dateNumber()));
-  PeriodAccumulator sums(target.get(), parentCategorySubtotalsIncludeSubcategorySubtotals_);
+  SummaryNames names;
+  const std::vector<EntryNames> entryNames = names.number(entries);
+  PeriodAccumulator sums(target.get(), parentCategorySubtotalsIncludeSubcategorySubtotals_, names);
   const TARNAccountEntry* first = nullptr;
   for (const auto& entry : entries) {
     if (entry) {
@@ -278,10 +284,10 @@ plist::Value TARNAccountSummary::SubtotalEntries(const Entries& entries,
     }
   }
   sums.start(first, period.startBalance);
-  for (const auto& entry : entries) {
-    if (entry) sums.add(*entry);
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    if (entries[i]) sums.add(*entries[i], entryNames[i]);
   }
-  sums.finish(period);
+  sums.finish(period, nullptr);
   return holder.periodAsDictionary(period);
 }
 

@@ -83,75 +83,109 @@ const std::vector<std::string>& CategoryPaths::partsOf(std::int32_t number) cons
   return found != parts_.end() ? found->second : none_;
 }
 
-std::string_view TypeNames::nameOf(const TARNAccountEntry& entry) {
-  const Key key{entry.GetAccount(), entry.GetType()};
-  auto found = names_.find(key);
-  if (found != names_.end()) return found->second;
-  std::string name;
-  if (key.account) {
-    if (auto type = key.account->accountEntryTypeForNumber(key.number)) name = type->GetName();
+std::uint32_t NameTable::idOf(std::string_view name) {
+  auto found = index_.find(name);
+  if (found != index_.end()) return found->second;
+  const auto id = static_cast<std::uint32_t>(names_.size());
+  index_.emplace(names_.emplace_back(name), id);
+  return id;
+}
+
+void NameTable::rank() {
+  std::vector<std::uint32_t> order(names_.size());
+  for (std::uint32_t id = 0; id < order.size(); ++id) order[id] = id;
+  std::sort(order.begin(), order.end(),
+            [this](std::uint32_t a, std::uint32_t b) { return names_[a] < names_[b]; });
+  ranks_.assign(names_.size(), 0);
+  for (std::uint32_t rank = 0; rank < order.size(); ++rank) ranks_[order[rank]] = rank;
+}
+
+std::vector<EntryNames> SummaryNames::number(
+    std::span<const std::shared_ptr<TARNAccountEntry>> entries) {
+  std::vector<EntryNames> numbers(entries.size());
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    const TARNAccountEntry* entry = entries[i].get();
+    if (!entry || entry->GetVoid()) continue;
+    const TypeKey key{entry->GetAccount(), entry->GetType()};
+    auto type = typeIds_.find(key);
+    if (type == typeIds_.end()) {
+      std::string name;
+      if (key.account) {
+        if (auto found = key.account->accountEntryTypeForNumber(key.number)) {
+          name = found->GetName();
+        }
+      }
+      type = typeIds_.emplace(key, types.idOf(name)).first;
+    }
+    numbers[i] = {type->second, descriptions.idOf(entry->GetDescription()),
+                  toFroms.idOf(entry->GetToFrom())};
   }
-  return names_.emplace(key, std::move(name)).first->second;
+  types.rank();
+  descriptions.rank();
+  toFroms.rank();
+  return numbers;
 }
 
 // ---------------------------------------------------------------------------
 // Keyed rows and the category tree
 // ---------------------------------------------------------------------------
 
-TARNSummaryRow* NamedRows::find(std::string_view name, bool& made) {
-  auto found = index_.find(name);
-  if (found != index_.end()) {
-    made = false;
-    return &rows_[found->second];
+TARNSummaryRow& NamedRows::find(std::uint32_t id, bool& made) {
+  if (id >= present_.size()) {
+    present_.resize(std::max<std::size_t>(names_->size(), id + 1));
+    rows_.resize(present_.size());
   }
-  made = true;
-  const std::string_view kept = names_.emplace_back(name);
-  index_.emplace(kept, static_cast<std::uint32_t>(rows_.size()));
-  return &rows_.emplace_back();
+  made = !present_[id];
+  if (made) {
+    present_[id] = 1;
+    touched_.push_back(id);
+  }
+  return rows_[id];
 }
 
-void NamedRows::add(std::string_view name, double amount, bool debit) {
+void NamedRows::add(std::uint32_t id, double amount, bool debit) {
   bool made = false;
-  TARNSummaryRow* row = find(name, made);
-  std::optional<double>& side = debit ? row->debits : row->deposits;
+  TARNSummaryRow& row = find(id, made);
   if (made) {
-    row->amount = amount;
-    side = amount;
+    row = TARNSummaryRow{amount, std::nullopt, std::nullopt};
+    (debit ? row.debits : row.deposits) = amount;
     return;
   }
-  row->amount += amount;
+  row.amount += amount;
+  std::optional<double>& side = debit ? row.debits : row.deposits;
   side = side ? *side + amount : amount;
 }
 
-void NamedRows::merge(std::string_view name, const TARNSummaryRow& other) {
+void NamedRows::merge(std::uint32_t id, const TARNSummaryRow& other) {
   bool made = false;
-  TARNSummaryRow* row = find(name, made);
+  TARNSummaryRow& row = find(id, made);
   if (made) {
-    *row = other;
+    row = other;
     return;
   }
-  row->amount += other.amount;
-  if (other.debits) row->debits = row->debits ? *row->debits + *other.debits : *other.debits;
+  row.amount += other.amount;
+  if (other.debits) row.debits = row.debits ? *row.debits + *other.debits : *other.debits;
   if (other.deposits) {
-    row->deposits = row->deposits ? *row->deposits + *other.deposits : *other.deposits;
+    row.deposits = row.deposits ? *row.deposits + *other.deposits : *other.deposits;
   }
+}
+
+void NamedRows::mergeInto(NamedRows& other) const {
+  for (std::uint32_t id : touched_) other.merge(id, rows_[id]);
 }
 
 std::vector<TARNSummaryNamedRow> NamedRows::take() {
+  std::sort(touched_.begin(), touched_.end(), [this](std::uint32_t a, std::uint32_t b) {
+    return names_->rankOf(a) < names_->rankOf(b);
+  });
   std::vector<TARNSummaryNamedRow> rows;
-  rows.reserve(rows_.size());
-  for (std::size_t i = 0; i < rows_.size(); ++i) rows.push_back({std::move(names_[i]), rows_[i]});
-  std::sort(
-      rows.begin(), rows.end(),
-      [](const TARNSummaryNamedRow& a, const TARNSummaryNamedRow& b) { return a.name < b.name; });
-  clear();
+  rows.reserve(touched_.size());
+  for (std::uint32_t id : touched_) {
+    rows.push_back({names_->nameOf(id), rows_[id]});
+    present_[id] = 0;
+  }
+  touched_.clear();
   return rows;
-}
-
-void NamedRows::clear() {
-  index_.clear();
-  names_.clear();
-  rows_.clear();
 }
 
 std::uint32_t CategoryTree::child(std::uint32_t parent, std::string_view name) {
@@ -221,7 +255,7 @@ void PeriodAccumulator::fileCategory(std::int32_t number, double amount, bool de
   }
 }
 
-void PeriodAccumulator::add(const TARNAccountEntry& entry) {
+void PeriodAccumulator::add(const TARNAccountEntry& entry, const EntryNames& names) {
   if (entry.GetVoid()) return;
   const double amount = ConvertedAmount(entry, entry.GetAmount(), target_);
   totals_.total += amount;
@@ -236,9 +270,9 @@ void PeriodAccumulator::add(const TARNAccountEntry& entry) {
   running_ += amount;
 
   const bool debit = entry.IsDebit();
-  types_.add(typeNames_.nameOf(entry), amount, debit);
-  descriptions_.add(entry.GetDescription(), amount, debit);
-  toFroms_.add(entry.GetToFrom(), amount, debit);
+  types_.add(names.type, amount, debit);
+  descriptions_.add(names.description, amount, debit);
+  toFroms_.add(names.toFrom, amount, debit);
 
   const auto& items = entry.splitLineItems();
   if (items.empty()) {
@@ -251,7 +285,12 @@ void PeriodAccumulator::add(const TARNAccountEntry& entry) {
   }
 }
 
-void PeriodAccumulator::finish(TARNSummaryPeriod& period) {
+void PeriodAccumulator::finish(TARNSummaryPeriod& period, RangeAccumulator* range) {
+  if (range) {
+    types_.mergeInto(range->types_);
+    descriptions_.mergeInto(range->descriptions_);
+    toFroms_.mergeInto(range->toFroms_);
+  }
   period.totals = totals_;
   period.runningTotal = running_;
   period.subtotals.types = types_.take();
@@ -260,6 +299,7 @@ void PeriodAccumulator::finish(TARNSummaryPeriod& period) {
   period.subtotals.categories = categories_.take();
   totals_ = TARNSummaryTotals{};
   running_ = 0.0;
+  if (range) range->add(period);
 }
 
 // ---------------------------------------------------------------------------
@@ -290,9 +330,6 @@ void RangeAccumulator::add(const TARNSummaryPeriod& period) {
   totals_.unresolvedTotal += t.unresolvedTotal;
   totals_.taxableTotal += t.taxableTotal;
   totals_.taxDeductibleTotal += t.taxDeductibleTotal;
-  for (const auto& row : period.subtotals.types) types_.merge(row.name, row.row);
-  for (const auto& row : period.subtotals.descriptions) descriptions_.merge(row.name, row.row);
-  for (const auto& row : period.subtotals.toFroms) toFroms_.merge(row.name, row.row);
   mergeCategories(period.subtotals.categories, CategoryTree::kTop);
 }
 

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -48,43 +50,76 @@ class CategoryPaths {
   std::vector<std::string> none_{std::string()};
 };
 
-// Entry type names by account and number ("" for a number with no type).
-class TypeNames {
+// The names of the keyed subtotals of one kind (type names, descriptions or
+// parties), each numbered once per computation and ranked in byte order, so
+// that periods add up and sort their rows by number.
+class NameTable {
  public:
-  std::string_view nameOf(const TARNAccountEntry& entry);
+  std::uint32_t idOf(std::string_view name);
+  // Ranks the names in byte order; to be called after the last idOf.
+  void rank();
+  std::uint32_t rankOf(std::uint32_t id) const { return ranks_[id]; }
+  const std::string& nameOf(std::uint32_t id) const { return names_[id]; }
+  std::size_t size() const { return names_.size(); }
 
  private:
-  struct Key {
+  // Keys are views of the names kept in names_ (a deque: they never move).
+  std::unordered_map<std::string_view, std::uint32_t> index_;
+  std::deque<std::string> names_;
+  std::vector<std::uint32_t> ranks_;
+};
+
+// The numbers of an entry's type name, description and party.
+struct EntryNames {
+  std::uint32_t type = 0;
+  std::uint32_t description = 0;
+  std::uint32_t toFrom = 0;
+};
+
+class SummaryNames {
+ public:
+  // Numbers the names of the entries that count (void ones do not) and
+  // ranks every table; one EntryNames per entry.
+  std::vector<EntryNames> number(std::span<const std::shared_ptr<TARNAccountEntry>> entries);
+
+  NameTable types;
+  NameTable descriptions;
+  NameTable toFroms;
+
+ private:
+  struct TypeKey {
     const TARNAccount* account;
     std::int32_t number;
-    friend bool operator==(const Key&, const Key&) = default;
+    friend bool operator==(const TypeKey&, const TypeKey&) = default;
   };
-  struct KeyHash {
-    std::size_t operator()(const Key& key) const {
+  struct TypeKeyHash {
+    std::size_t operator()(const TypeKey& key) const {
       return std::hash<const void*>()(key.account) ^ (std::size_t(std::uint32_t(key.number)) << 1);
     }
   };
-  // Node-based: the names stay where they are as the map grows.
-  std::unordered_map<Key, std::string, KeyHash> names_;
+  // The type name's number by account and type number ("" for no type).
+  std::unordered_map<TypeKey, std::uint32_t, TypeKeyHash> typeIds_;
 };
 
-// Subtotals keyed by a name, in the order first met.
+// Subtotals keyed by a numbered name.
 class NamedRows {
  public:
+  explicit NamedRows(const NameTable& names) : names_(&names) {}
   // The row's amount and, by `debit`, its debits or deposits grow by the amount.
-  void add(std::string_view name, double amount, bool debit);
+  void add(std::uint32_t id, double amount, bool debit);
   // Adds another row's sums (made when missing).
-  void merge(std::string_view name, const TARNSummaryRow& row);
+  void merge(std::uint32_t id, const TARNSummaryRow& row);
+  // Adds every row into another set of rows of the same names.
+  void mergeInto(NamedRows& other) const;
   // The rows sorted by name; the accumulator is left empty.
   std::vector<TARNSummaryNamedRow> take();
-  void clear();
 
  private:
-  TARNSummaryRow* find(std::string_view name, bool& made);
-  // Keys are views of the names kept in names_.
-  std::unordered_map<std::string_view, std::uint32_t> index_;
-  std::deque<std::string> names_;
-  std::vector<TARNSummaryRow> rows_;
+  TARNSummaryRow& find(std::uint32_t id, bool& made);
+  const NameTable* names_;
+  std::vector<TARNSummaryRow> rows_;  // by name number
+  std::vector<std::uint8_t> present_;
+  std::vector<std::uint32_t> touched_;
 };
 
 // A category tree built row by row: rows found by name case-insensitively
@@ -110,15 +145,22 @@ class CategoryTree {
 };
 
 // Counts the entries of one period.
+class RangeAccumulator;
+
 class PeriodAccumulator {
  public:
-  PeriodAccumulator(const PFCurrency* target, bool parentsInclude)
-      : target_(target), parentsInclude_(parentsInclude) {}
+  PeriodAccumulator(const PFCurrency* target, bool parentsInclude, const SummaryNames& names)
+      : target_(target),
+        parentsInclude_(parentsInclude),
+        types_(names.types),
+        descriptions_(names.descriptions),
+        toFroms_(names.toFroms) {}
   // Starts a period whose first entry is `first` (nullptr for none).
   void start(const TARNAccountEntry* first, double startBalance);
-  void add(const TARNAccountEntry& entry);
-  // Moves the sums of the period into it and starts afresh.
-  void finish(TARNSummaryPeriod& period);
+  void add(const TARNAccountEntry& entry, const EntryNames& names);
+  // Moves the sums of the period into it, adds them to the range when one
+  // is given, and starts afresh.
+  void finish(TARNSummaryPeriod& period, RangeAccumulator* range);
 
  private:
   void fileCategory(std::int32_t number, double amount, bool debit);
@@ -127,7 +169,6 @@ class PeriodAccumulator {
   const PFCurrency* target_;
   bool parentsInclude_;
   CategoryPaths paths_;
-  TypeNames typeNames_;
   TARNSummaryTotals totals_;
   double running_ = 0.0;
   NamedRows types_;
@@ -148,10 +189,15 @@ class PeriodAccumulator {
 // Merges the periods, in order, into the whole range.
 class RangeAccumulator {
  public:
+  explicit RangeAccumulator(const SummaryNames& names)
+      : types_(names.types), descriptions_(names.descriptions), toFroms_(names.toFroms) {}
+  // The period's totals and category rows; its keyed rows come through
+  // PeriodAccumulator::finish.
   void add(const TARNSummaryPeriod& period);
   void finish(TARNSummaryResult& result);
 
  private:
+  friend class PeriodAccumulator;
   void mergeCategories(const std::vector<TARNSummaryCategoryRow>& rows, std::uint32_t parent);
 
   TARNSummaryTotals totals_;
