@@ -13,6 +13,7 @@
 #include <string>
 
 #include "tarn/platform/plist_file.h"
+#include "tarn/platform/utf8.h"
 
 namespace tarn::plist {
 namespace {
@@ -54,7 +55,7 @@ void civilFromDays(std::int64_t days, std::int64_t& year, unsigned& month, unsig
 
 // Bytes that cannot appear as themselves in element text: markup characters,
 // carriage returns (XML readers turn them into line feeds) and the other C0
-// controls, which are written as character references.
+// controls, which are written as character references; U+0000 is refused.
 struct EscapeTable {
   bool needs[256] = {};
   constexpr EscapeTable() {
@@ -177,6 +178,11 @@ class XmlWriter {
         case '>':
           out_.append("&gt;");
           break;
+        case '\0':
+          // No XML document can hold U+0000, not even as a reference (a
+          // reader would cut the text there); the binary form can.
+          throw FileError("<memory>",
+                          "a string holds the character U+0000, which XML cannot store");
         default: {
           char reference[8] = "&#";
           auto end = std::to_chars(reference + 2, reference + 6, static_cast<int>(c)).ptr;
@@ -352,6 +358,8 @@ class XmlReader {
 
   // The text of an element: its embedded text, followed by any text and
   // CDATA children (text after a CDATA section becomes a child of its own).
+  // The text of a string or key, made valid UTF-8 (pugixml passes stray
+  // bytes of a UTF-8 document through as they are).
   static std::string text(pugi::xml_node element) {
     std::string result = element.value();
     for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
@@ -359,6 +367,7 @@ class XmlReader {
         result.append(child.value());
       }
     }
+    MakeValidUtf8(result);
     return result;
   }
   // The same without a copy when the text is all in one piece.
