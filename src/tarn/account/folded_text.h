@@ -2,6 +2,7 @@
 // texts apart or order them case-insensitively over many entries: the folded
 // forms compare byte by byte exactly as CaseInsensitiveCompare orders the
 // texts. Nothing here is owned beyond the buffer the caller passes.
+// Internal to the account module: not installed.
 #pragma once
 
 #include <string>
