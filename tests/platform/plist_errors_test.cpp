@@ -228,7 +228,8 @@ TEST(PlistErrors, MalformedBinarySaysWhatIsWrong) {
 
 // Found by fuzzing: malformed UTF-8 (in a binary UTF-8 string or an XML
 // document) came through as it was, and the binary writer then changed it;
-// and a NUL, which a binary file can hold, was cut off by the XML round trip.
+// a NUL, which a binary file can hold, was cut off by the XML round trip; and
+// the two XML readers disagreed on a document holding a NUL byte.
 TEST(PlistErrors, StringsReadAsValidUtf8AndOnlyBinaryHoldsANul) {
   // A stray Latin-1 byte, a valid e-acute, a surrogate and a truncated sequence.
   const std::string malformed = "caf\xE9 \xC3\xA9 \xED\xA0\x80 \xF0\x9F";
@@ -257,6 +258,20 @@ TEST(PlistErrors, StringsReadAsValidUtf8AndOnlyBinaryHoldsANul) {
     EXPECT_EQ(error.reason(), "a string holds the character U+0000, which XML cannot store");
   }
   EXPECT_THROW(ToXml(nul), FileError);
+
+  // An 8-bit XML document holding a NUL byte is refused by both XML readers
+  // alike; the in-place one used to accept a broken tag cut short by one.
+  for (const std::string& bytes :
+       {"<string>a</string>\0"s,
+        "w\x92^$<string/"
+        ">\xFF\xFF\xFF\xFF\xFF\xFF<\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E"
+        "a\x9E\x9Er\xFF"
+        "ay/\x00\x00\x00>"s}) {
+    std::string buffer = bytes;
+    EXPECT_THROW(ParseXml(bytes), FileError);
+    EXPECT_THROW(ParseXmlInPlace(buffer), FileError);
+  }
+  EXPECT_EQ(parseError("<string>a</string>\0"s), "NUL byte at offset 18");
 }
 
 // Other writers may store keys in any order, or one key twice. The reader

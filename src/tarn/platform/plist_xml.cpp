@@ -558,6 +558,22 @@ class XmlReader {
   const std::string& name_;
 };
 
+// pugixml reads an 8-bit document only up to its first NUL byte, and not in
+// the same way in place as from a copy (the in-place reader took a broken tag
+// cut short by a NUL). No XML text holds a NUL, so an 8-bit document with one
+// is refused; UTF-16 and UTF-32 documents, whose NUL bytes are parts of
+// characters, are converted by pugixml the same way in both readers.
+void refuseNulBytes(std::string_view bytes, const std::string& name) {
+  const bool wide = bytes.size() >= 2 && (bytes[0] == '\0' || bytes[1] == '\0' ||
+                                          (bytes[0] == '\xFE' && bytes[1] == '\xFF') ||
+                                          (bytes[0] == '\xFF' && bytes[1] == '\xFE'));
+  if (wide) return;
+  if (const void* nul = std::memchr(bytes.data(), 0, bytes.size())) {
+    const auto offset = static_cast<const char*>(nul) - bytes.data();
+    throw FileError(name, "NUL byte at offset " + std::to_string(offset));
+  }
+}
+
 Value readParsed(const pugi::xml_document& document, const pugi::xml_parse_result& result,
                  const std::string& name) {
   if (!result) {
@@ -582,6 +598,7 @@ std::string ToXml(const Value& value) {
 Value ParseXml(std::string_view bytes, const std::string& name) {
   BulkStorageScope bulk;
   if (bytes.empty()) throw FileError(name, "empty file");
+  refuseNulBytes(bytes, name);
   pugi::xml_document document;
   auto result = document.load_buffer(bytes.data(), bytes.size(), kParseOptions);
   return readParsed(document, result, name);
@@ -590,6 +607,7 @@ Value ParseXml(std::string_view bytes, const std::string& name) {
 Value ParseXmlInPlace(std::string& bytes, const std::string& name) {
   BulkStorageScope bulk;
   if (bytes.empty()) throw FileError(name, "empty file");
+  refuseNulBytes(bytes, name);
   pugi::xml_document document;
   auto result = document.load_buffer_inplace(bytes.data(), bytes.size(), kParseOptions);
   return readParsed(document, result, name);
