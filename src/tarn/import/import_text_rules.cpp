@@ -1,5 +1,7 @@
 #include "tarn/import/import_text_rules.h"
 
+#include "tarn/import/import_scanning.h"
+
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
@@ -35,20 +37,6 @@ bool IsSpaceAt(std::string_view text, std::size_t i, std::size_t& next) {
   next = i;
   const UChar32 c = NextCodePoint(text, next);
   return c >= 0 && u_isUWhiteSpace(c);
-}
-
-std::string_view TrimWhiteSpace(std::string_view text) {
-  std::size_t start = 0, next = 0;
-  while (start < text.size() && IsSpaceAt(text, start, next)) start = next;
-  std::size_t end = text.size();
-  while (end > start) {
-    // Step back to the first byte of the last code point.
-    std::size_t last = end - 1;
-    while (last > start && (static_cast<unsigned char>(text[last]) & 0xC0) == 0x80) --last;
-    if (!IsSpaceAt(text, last, next) || next != end) break;
-    end = last;
-  }
-  return text.substr(start, end - start);
 }
 
 void ReplaceAll(std::string& text, std::string_view from, std::string_view to) {
@@ -151,7 +139,7 @@ std::string JoinComponents(const DateComponents& components) {
 
 std::string TweakAmountString(std::string_view text, std::string_view decimalSeparator,
                               std::string_view thousandsSeparator) {
-  std::string_view trimmed = TrimWhiteSpace(text);
+  std::string_view trimmed = TrimImportWhiteSpace(text);
   std::string working;
   if (trimmed.size() >= 2 && trimmed.front() == '(' && trimmed.back() == ')') {
     working.reserve(trimmed.size());
