@@ -87,7 +87,7 @@ TEST_F(ImportDateRules, DateStringComponentsFollowSeparatorsLengthAndFormat) {
       {"01152005", "%m/%d/%Y", {1, 15, 2005}},
       {"20050115", "%Y/%m/%d", {2005, 1, 15}},
       {"01200515", "%m/%Y/%d", {1, 2005, 15}},
-      {"20050115", "%y/%m/%d", {2005, 1, 15}},        // the year letter is found in either case
+      {"20050115", "%y/%m/%d", {2005, 1, 15}},       // the year letter is found in either case
       {"\u00e91234567", "%m/%d/%Y", {0, 23, 4567}},  // characters, not bytes
       // No year in the format: today written in the format, cut in pairs.
       {"01152005", "%m/%d", {3, 0, 5}},

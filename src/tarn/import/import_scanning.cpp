@@ -65,7 +65,9 @@ std::optional<std::string> ReadImportFile(const std::string& path, StringEncodin
   }
   if (auto text = DecodeToUtf8(bytes, kUTF8StringEncoding)) return text;
   if (auto text = DecodeToUtf8(bytes, DefaultCStringEncoding())) return text;
-  // Every byte of Latin-1 is a character, so this last reading always succeeds.
+  // Files from Windows programs are the usual 8-bit case; every byte of
+  // Latin-1 is a character, so the last reading always succeeds.
+  if (auto text = DecodeToUtf8(bytes, kWindowsCP1252StringEncoding)) return text;
   return DecodeToUtf8(bytes, kISOLatin1StringEncoding);
 }
 

@@ -50,7 +50,8 @@ class ForwardFinder {
 
 // The text of a file decoded from an encoding; when the bytes are not valid in
 // it, decoded as the bytes suggest: a byte-order mark, else UTF-8 when valid,
-// else the system's 8-bit encoding. nullopt when the file cannot be read.
+// else the system's 8-bit encoding, else Windows 1252, else Latin-1. nullopt
+// when the file cannot be read.
 std::optional<std::string> ReadImportFile(const std::string& path, StringEncoding encoding);
 
 }  // namespace tarn
