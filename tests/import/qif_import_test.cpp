@@ -188,6 +188,18 @@ TEST(QIFImport, SectionTypesAndAccountBlocks) {
   EXPECT_TRUE(Key(kept[0], "entries").arrayValue().empty());
 }
 
+TEST(QIFImport, ASectionMarkerInsideARecordNeverReadsRecordsTwice) {
+  // Found by fuzzing: a "!Type:Bank" in the middle of a line of a Cash
+  // section is part of that section, for the file and for its account.
+  TARNQIFImport importer;
+  importer.SetDataString(
+      "!Account\nNMy Cash\nTCash\n^\n!Type:Cash\nT1\n^\nMsee !Type:Bank\nT2\n^\n");
+  EXPECT_EQ(importer.Entries().size(), 2u);
+  EXPECT_EQ(importer.EntriesForAccountWithName("My Cash").size(), 2u);
+  EXPECT_EQ(Key(importer.parse().at("accounts").arrayValue()[0], "entries").arrayValue().size(),
+            2u);
+}
+
 TEST(QIFImport, AccountsWithOneNameEachKeepTheirOwnEntries) {
   TARNQIFImport importer;
   importer.SetDataString(

@@ -1,5 +1,6 @@
 #include "tarn/import/qif_import.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <unordered_set>
@@ -383,26 +384,34 @@ plist::Array TARNQIFImport::Entries() const {
   return entries;
 }
 
-void TARNQIFImport::AppendSectionEntries(std::string_view text, std::string_view typeMarker,
-                                         plist::Array& entries) const {
-  std::size_t at = text.find(typeMarker);
+plist::Array TARNQIFImport::AccountEntries(std::string_view accountText) const {
+  // The account's bank-like sections (types matched exactly), found in one
+  // walk that goes on after each section, so that a "!Type:" inside another
+  // section's text never reads its records twice; then read grouped by type
+  // in the order of validListTypes.
+  const std::vector<std::string>& types = validListTypes();
+  std::vector<std::pair<std::size_t, std::string_view>> sections;
+  std::size_t at = accountText.find(kTypeMarker);
   while (at != std::string_view::npos) {
     const std::size_t start = at + kTypeMarker.size();
-    std::size_t end = text.find(kSectionEnd, start);
-    if (end == std::string_view::npos) end = text.size();
-    plist::Array section = EntryListStringToEntries(text.substr(start, end - start));
-    for (plist::Value& entry : section) entries.push_back(std::move(entry));
-    at = text.find(typeMarker, end);
+    const std::string_view type = accountText.substr(start);
+    std::size_t resume = start;
+    for (std::size_t k = 0; k < types.size(); ++k) {
+      if (!type.starts_with(types[k])) continue;
+      std::size_t end = accountText.find(kSectionEnd, start);
+      if (end == std::string_view::npos) end = accountText.size();
+      sections.emplace_back(k, accountText.substr(start, end - start));
+      resume = end;
+      break;
+    }
+    at = accountText.find(kTypeMarker, resume);
   }
-}
-
-plist::Array TARNQIFImport::AccountEntries(std::string_view accountText) const {
+  std::stable_sort(sections.begin(), sections.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
   plist::Array entries;
-  std::string marker(kTypeMarker);
-  for (const std::string& type : validListTypes()) {
-    marker.resize(kTypeMarker.size());
-    marker += type;
-    AppendSectionEntries(accountText, marker, entries);
+  for (const auto& [type, section] : sections) {
+    plist::Array read = EntryListStringToEntries(section);
+    for (plist::Value& entry : read) entries.push_back(std::move(entry));
   }
   return entries;
 }

@@ -114,9 +114,6 @@ class TARNQIFImport {
   static std::optional<plist::Array> StringToEntries(std::optional<std::string_view> text);
 
  private:
-  // Appends the entries of the sections of one type inside a text.
-  void AppendSectionEntries(std::string_view text, std::string_view typeMarker,
-                            plist::Array& entries) const;
   plist::Array AccountEntries(std::string_view accountText) const;
   std::vector<std::string> CategoriesOf(const plist::Array& entries) const;
 
