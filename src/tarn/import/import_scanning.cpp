@@ -3,6 +3,7 @@
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
+#include <cstring>
 #include <fstream>
 #include <iterator>
 
@@ -31,9 +32,10 @@ std::string NormaliseImportLineEnds(std::string_view text) {
   copy += '\r';
   copy.append(text);
   // Over [0, text.size()) of the copy: the final character stays as it is.
+  char* p = copy.data();
   char* const end = copy.data() + text.size();
-  for (char* p = copy.data(); p < end; ++p) {
-    if (*p == '\n') *p = '\r';
+  while ((p = static_cast<char*>(std::memchr(p, '\n', static_cast<std::size_t>(end - p))))) {
+    *p++ = '\r';
   }
   return copy;
 }

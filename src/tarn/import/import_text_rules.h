@@ -38,6 +38,28 @@ std::string TweakDateString(std::string_view text, std::string_view dateFormat);
 // text is read in the format. 0 when it does not read as a real date.
 DateNumber ImportDateNumber(std::string_view text, std::string_view dateFormat);
 
+// ImportDateNumber in one date format, remembering the last text it read:
+// the records of a file come in date order, so most dates repeat the one
+// before. Not shared between threads.
+class ImportDateReader {
+ public:
+  explicit ImportDateReader(std::string dateFormat) : format_(std::move(dateFormat)) {}
+  DateNumber read(std::string_view text) {
+    if (!valid_ || text != lastText_) {
+      lastText_.assign(text);
+      lastDate_ = ImportDateNumber(text, format_);
+      valid_ = true;
+    }
+    return lastDate_;
+  }
+
+ private:
+  std::string format_;
+  std::string lastText_;
+  DateNumber lastDate_ = 0;
+  bool valid_ = false;
+};
+
 // The longest leading decimal number of a text, after any leading white
 // space: an optional sign, digits (of any script) and at most one ".",
 // with at least one digit. 0 when there is none; a number beyond the range

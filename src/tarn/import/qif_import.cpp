@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "tarn/import/import_scanning.h"
+#include "tarn/platform/bulk_storage.h"
 #include "tarn/platform/log.h"
 #include "tarn/platform/text.h"
 
@@ -60,19 +61,6 @@ bool IsBlank(std::string_view record) {
     if (c != '\r' && c != ' ' && c != '\t') return false;
   }
   return true;
-}
-
-const char* FieldKey(std::int32_t option) {
-  switch (option) {
-    case kImportFieldCategory:
-      return "category";
-    case kImportFieldToFrom:
-      return "toFrom";
-    case kImportFieldDescription:
-      return "description";
-    default:
-      return nullptr;
-  }
 }
 
 // The N line of a record: its first "\rN" line with text.
@@ -292,29 +280,40 @@ plist::Value TARNQIFImport::EntryStringToEntry(std::string_view record) const {
     }
   });
 
-  plist::Dictionary entry;
-  entry.reserve(9);
   double value = 0.0;
   if (amount) value = LeadingDecimalNumber(TweakAmountString(*amount));
-  entry.insert_or_assign("amount", value);
-  entry.insert_or_assign("isDeposit", value != 0.0 ? value > 0.0 : importZeroAmountsAsDeposits_);
-  entry.insert_or_assign("cleared", cleared);
-  if (date) entry.insert_or_assign("date", ImportDateNumber(*date, dateFormatString_));
-  // In the order P, M, L, so that the later of two lines sent to one key wins.
+  // The P, M and L texts by key, in the order P, M, L, so that the later of
+  // two lines sent to one key wins.
+  std::optional<std::string_view> byKey[3];
   const std::pair<std::int32_t, std::optional<std::string_view>> swapped[] = {
       {swapOptions_ToFrom_, payee},
       {swapOptions_Description_, memo},
       {swapOptions_Category_, category}};
   for (const auto& [option, text] : swapped) {
-    const char* key = FieldKey(option);
-    if (key && text) entry.insert_or_assign(key, std::string(*text));
-  }
-  if (number) {
-    const std::int32_t checkNumber = LeadingInt32(*number);
-    if (checkNumber != std::numeric_limits<std::int32_t>::max()) {
-      entry.insert_or_assign("number", checkNumber);
+    if (option >= kImportFieldCategory && option <= kImportFieldDescription && text) {
+      byKey[option] = text;
     }
   }
+  std::optional<std::int32_t> checkNumber;
+  if (number) {
+    const std::int32_t read = LeadingInt32(*number);
+    if (read != std::numeric_limits<std::int32_t>::max()) checkNumber = read;
+  }
+
+  // Keys in ascending order, so that each one is appended.
+  plist::Dictionary entry;
+  entry.reserve(9);
+  entry.try_emplace("amount", value);
+  if (byKey[kImportFieldCategory]) {
+    entry.try_emplace("category", std::string(*byKey[kImportFieldCategory]));
+  }
+  entry.try_emplace("cleared", cleared);
+  if (date) entry.try_emplace("date", dates_.read(*date));
+  if (byKey[kImportFieldDescription]) {
+    entry.try_emplace("description", std::string(*byKey[kImportFieldDescription]));
+  }
+  entry.try_emplace("isDeposit", value != 0.0 ? value > 0.0 : importZeroAmountsAsDeposits_);
+  if (checkNumber) entry.try_emplace("number", *checkNumber);
 
   if (!splitAmounts.empty()) {
     std::vector<double> amounts;
@@ -347,9 +346,11 @@ plist::Value TARNQIFImport::EntryStringToEntry(std::string_view record) const {
                                               {"category", std::string(splitCategories[i])},
                                               {"description", std::string(splitDescriptions[i])}});
       }
-      entry.insert_or_assign("splits", std::move(splits));
+      entry.try_emplace("splits", std::move(splits));
     }
   }
+  if (byKey[kImportFieldToFrom])
+    entry.try_emplace("toFrom", std::string(*byKey[kImportFieldToFrom]));
   return entry;
 }
 
@@ -507,6 +508,8 @@ std::vector<std::string> TARNQIFImport::EntryCategories() const {
 }
 
 plist::Dictionary TARNQIFImport::parse() const {
+  // The whole tree is built at once.
+  plist::BulkStorageScope bulk;
   plist::Dictionary result;
   plist::Array entries = Entries();
 

@@ -48,7 +48,10 @@ class TARNQIFImport {
   void SetDataString(std::optional<std::string> text);
   const std::string& dataString() const { return dataString_; }
 
-  void SetDateFormat(std::string format) { dateFormatString_ = std::move(format); }
+  void SetDateFormat(std::string format) {
+    dateFormatString_ = std::move(format);
+    dates_ = ImportDateReader(dateFormatString_);
+  }
   const std::string& GetDateFormat() const { return dateFormatString_; }
   void SetDecimalSeparator(std::optional<std::string> separator);
   void SetThousandsSeparator(std::optional<std::string> separator);
@@ -121,6 +124,7 @@ class TARNQIFImport {
   std::string entryTypesListString_;  // reserved; nothing fills it
   std::string entryCategoriesListString_;
   std::string dateFormatString_ = "%m/%d/%y";
+  mutable ImportDateReader dates_{dateFormatString_};
   std::string decimalSeparator_ = ".";
   std::string thousandsSeparator_ = ",";
   bool importZeroAmountsAsDeposits_ = true;

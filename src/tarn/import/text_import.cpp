@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "tarn/import/import_scanning.h"
+#include "tarn/platform/bulk_storage.h"
 #include "tarn/platform/collections.h"
 #include "tarn/platform/log.h"
 #include "tarn/platform/text.h"
@@ -106,79 +107,82 @@ plist::Value TARNTextImport::EntryStringToEntry(std::string_view line) const {
     fields.push_back(line.substr(start));
   }
 
-  plist::Dictionary entry;
-  entry.reserve(12);
+  // Every role's value; a later column of the same role replaces it.
+  std::optional<double> amount, negativeAmount, positiveAmount;
+  std::optional<std::int32_t> number;
+  std::optional<DateNumber> date;
+  std::optional<bool> cleared;
+  bool taxDeductible = false;
+  std::optional<std::string_view> description, toFrom, type, category;
   const std::size_t columns = std::min(fields.size(), dataLayout_.size());
   for (std::size_t column = 0; column < columns; ++column) {
     const std::string_view text = fields[column];
     switch (dataLayout_[column]) {
       case kColumnAmount:
-        entry.insert_or_assign("amount", LeadingDecimalNumber(TweakAmountString(text)));
+        amount = LeadingDecimalNumber(TweakAmountString(text));
         break;
-      case kColumnNumber: {
-        const std::int32_t number = LeadingInt32(text);
-        if (number != std::numeric_limits<std::int32_t>::max()) {
-          entry.insert_or_assign("number", number);
+      case kColumnNumber:
+        if (const std::int32_t read = LeadingInt32(text);
+            read != std::numeric_limits<std::int32_t>::max()) {
+          number = read;
         }
         break;
-      }
       case kColumnDate:
-        entry.insert_or_assign("date", ImportDateNumber(text, dateFormatString_));
+        date = dates_.read(text);
         break;
       case kColumnDescription:
-        entry.insert_or_assign("description", std::string(text));
+        description = text;
         break;
       case kColumnCleared:
-        entry.insert_or_assign("cleared", IsYesOrX(text) || LeadingInt32(text) >= 1);
+        cleared = IsYesOrX(text) || LeadingInt32(text) >= 1;
         break;
       case kColumnTaxDeductible:
-        if (IsYesOrX(text) || LeadingInt32(text) == 1)
-          entry.insert_or_assign("taxDeductible", true);
+        taxDeductible = taxDeductible || IsYesOrX(text) || LeadingInt32(text) == 1;
         break;
       case kColumnToFrom:
-        entry.insert_or_assign("toFrom", std::string(text));
+        toFrom = text;
         break;
       case kColumnType:
-        entry.insert_or_assign("type", std::string(text));
+        type = text;
         break;
       case kColumnDebit:
-        if (!text.empty()) {
-          entry.insert_or_assign("negativeAmount",
-                                 -std::fabs(LeadingDecimalNumber(TweakAmountString(text))));
-        }
+        if (!text.empty())
+          negativeAmount = -std::fabs(LeadingDecimalNumber(TweakAmountString(text)));
         break;
       case kColumnDeposit:
-        if (!text.empty()) {
-          entry.insert_or_assign("positiveAmount",
-                                 std::fabs(LeadingDecimalNumber(TweakAmountString(text))));
-        }
+        if (!text.empty())
+          positiveAmount = std::fabs(LeadingDecimalNumber(TweakAmountString(text)));
         break;
       case kColumnCategory:
-        entry.insert_or_assign("category", std::string(text));
+        category = text;
         break;
       default:
         break;
     }
   }
-
-  double amount = 0.0;
-  if (const plist::Value* given = entry.count("amount") ? &entry.at("amount") : nullptr) {
-    amount = given->doubleValue();
-  } else {
-    const auto positive = entry.find("positiveAmount");
-    const auto negative = entry.find("negativeAmount");
-    if (positive != entry.end() && negative != entry.end()) {
-      amount = positive->second.doubleValue() != 0.0 ? positive->second.doubleValue()
-                                                     : negative->second.doubleValue();
-    } else if (positive != entry.end()) {
-      amount = positive->second.doubleValue();
-    } else if (negative != entry.end()) {
-      amount = negative->second.doubleValue();
+  if (!amount) {
+    if (positiveAmount && negativeAmount) {
+      amount = *positiveAmount != 0.0 ? *positiveAmount : *negativeAmount;
+    } else {
+      amount = positiveAmount ? *positiveAmount : negativeAmount.value_or(0.0);
     }
-    entry.insert_or_assign("amount", amount);
   }
-  entry.insert_or_assign("isDeposit",
-                         amount > 0.0 || (amount == 0.0 && importZeroAmountsAsDeposits_));
+
+  // Keys in ascending order, so that each one is appended.
+  plist::Dictionary entry;
+  entry.reserve(12);
+  entry.try_emplace("amount", *amount);
+  if (category) entry.try_emplace("category", std::string(*category));
+  if (cleared) entry.try_emplace("cleared", *cleared);
+  if (date) entry.try_emplace("date", *date);
+  if (description) entry.try_emplace("description", std::string(*description));
+  entry.try_emplace("isDeposit", *amount > 0.0 || (*amount == 0.0 && importZeroAmountsAsDeposits_));
+  if (negativeAmount) entry.try_emplace("negativeAmount", *negativeAmount);
+  if (number) entry.try_emplace("number", *number);
+  if (positiveAmount) entry.try_emplace("positiveAmount", *positiveAmount);
+  if (taxDeductible) entry.try_emplace("taxDeductible", true);
+  if (toFrom) entry.try_emplace("toFrom", std::string(*toFrom));
+  if (type) entry.try_emplace("type", std::string(*type));
   return entry;
 }
 
@@ -205,6 +209,8 @@ plist::Array TARNTextImport::EntryTypes() const {
 }
 
 plist::Dictionary TARNTextImport::parse() const {
+  // The whole tree is built at once.
+  plist::BulkStorageScope bulk;
   plist::Array entries = Entries();
   plist::Array types = TypesOf(entries);
   return plist::Dictionary{{"entries", std::move(entries)}, {"types", std::move(types)}};

@@ -61,7 +61,10 @@ class TARNTextImport {
   const std::vector<std::int32_t>& GetDataLayout() const { return dataLayout_; }
   void SetSkipFirstRow(bool skip) { skipFirstRow_ = skip; }
   bool GetSkipFirstRow() const { return skipFirstRow_; }
-  void SetDateFormat(std::string format) { dateFormatString_ = std::move(format); }
+  void SetDateFormat(std::string format) {
+    dateFormatString_ = std::move(format);
+    dates_ = ImportDateReader(dateFormatString_);
+  }
   const std::string& GetDateFormat() const { return dateFormatString_; }
   void SetDecimalSeparator(std::optional<std::string> separator);
   void SetThousandsSeparator(std::optional<std::string> separator);
@@ -111,6 +114,7 @@ class TARNTextImport {
   std::vector<std::int32_t> dataLayout_;
   bool skipFirstRow_ = false;
   std::string dateFormatString_ = "%m/%d/%y";
+  mutable ImportDateReader dates_{dateFormatString_};
   std::string decimalSeparator_ = ".";
   std::string thousandsSeparator_ = ",";
   bool importZeroAmountsAsDeposits_ = true;
