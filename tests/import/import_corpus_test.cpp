@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -204,108 +205,80 @@ struct CsvExpectation {
 struct CsvCase {
   const char* file;
   StringEncoding encoding;
-  std::int32_t format;
-  bool skipFirstRow;
-  std::vector<std::int32_t> layout;
-  const char* dateFormat;
-  const char* decimal;
-  const char* thousands;
-  std::size_t count;
+  // One letter a column: D date, A amount, W withdrawal, R receipt (deposit),
+  // S description, P to/from, C category, T type, N number, "-" ignored.
+  const char* layout;
+  const char* options;  // "tab", "skip" for a heading, then date format and separators
+  std::size_t count;    // of the entries with a date of their own
   CsvExpectation first;
   CsvExpectation last;
 };
 
-constexpr std::int32_t kSkip = 999;
+std::vector<std::int32_t> Layout(std::string_view letters) {
+  const std::map<char, std::int32_t> roles = {
+      {'D', kColumnDate},     {'A', kColumnAmount},      {'W', kColumnDebit},
+      {'R', kColumnDeposit},  {'S', kColumnDescription}, {'P', kColumnToFrom},
+      {'C', kColumnCategory}, {'T', kColumnType},        {'N', kColumnNumber}};
+  std::vector<std::int32_t> layout;
+  for (char letter : letters) layout.push_back(roles.count(letter) ? roles.at(letter) : 999);
+  return layout;
+}
 
 const std::vector<CsvCase>& CsvCases() {
   static const std::vector<CsvCase> cases = {
       {"beangulp__statement.csv",
        kUTF8StringEncoding,
-       kTextImportCommaSeparated,
-       true,
-       {kSkip, kColumnDate, kColumnDescription, kColumnAmount, kColumnType, kSkip, kColumnNumber},
-       "%m/%d/%Y",
-       ".",
-       ",",
+       "-DSAT-N",
+       "skip %m/%d/%Y . ,",
        6,
        {20160318, -2680.89, "description", "Payment to Chafe card ending in 1234 03/18"},
        {20160304, -1300.0, "type", "ACH_DEBIT"}},
       {"csv2ofx__capitalone.csv",
        kUTF8StringEncoding,
-       kTextImportCommaSeparated,
-       true,
-       {kColumnDate, kSkip, kSkip, kColumnDescription, kColumnCategory, kColumnDebit,
-        kColumnDeposit},
-       "%Y/%m/%d",
-       ".",
-       ",",
+       "D--SCWR",
+       "skip %Y/%m/%d . ,",
        2,
        {20151231, -1000.0, "description", "Airplanes R Us"},
        {20151231, 1000.0, "category", "Payment/Credit"}},
       {"csv2ofx__creditunion.csv",
        kUTF8StringEncoding,
-       kTextImportCommaSeparated,
-       true,
-       {kSkip, kColumnDate, kColumnToFrom, kColumnAmount, kColumnCategory, kColumnDescription},
-       "%m/%d/%y",
-       ".",
-       ",",
+       "-DPACS",
+       "skip %m/%d/%y . ,",
        8,
        {20150208, 50000.0, "toFrom", "\u1eb0d\u00f8\u0142\u01a5h No\u01b4a"},
        {20150325, 50000.0, "toFrom", "\u01a2un\u0221u\u0199i Chairman"}},
       {"csv2ofx__ingesp.csv",
        kUTF8StringEncoding,
-       kTextImportCommaSeparated,
-       true,
-       {kColumnDate, kColumnCategory, kSkip, kColumnDescription, kSkip, kSkip, kColumnAmount},
-       "%d/%m/%Y",
-       ".",
-       ",",
+       "DC-S--A",
+       "skip %d/%m/%Y . ,",
        10,
        {20220324, 2.83, "description", "Abono por campa\u00f1a Abono Shopping NARANJA:GALP"},
        {20221113, 500.0, "description", "Traspaso recibido Cuenta N\u00f3mina"}},
       {"csv2ofx__mint_headerless.csv",
        kUTF8StringEncoding,
-       kTextImportCommaSeparated,
-       false,
-       {kColumnDate, kColumnDescription, kColumnCategory, kColumnAmount, kColumnType},
-       "%m/%d/%y",
-       ".",
-       ",",
+       "DSCAT",
+       "- %m/%d/%y . ,",
        4,
        {20150612, 1000.0, "description", "Transfer from Checking"},
        {20150614, 2500.0, "type", "debit"}},
       {"csv2ofx__schwab-checking.csv",
        kUTF8StringEncoding,
-       kTextImportCommaSeparated,
-       true,
-       {kColumnDate, kSkip, kColumnType, kColumnNumber, kColumnDescription, kColumnDebit,
-        kColumnDeposit},
-       "%m/%d/%Y",
-       ".",
-       ",",
+       "D-TNSWR",
+       "skip %m/%d/%Y . ,",
        4,
        {20220817, 20.0, "description", "Deposit Mobile Banking"},
        {20220804, -57.27, "description", "PAYPAL INST XFER 220803~ Tran: ACHDW"}},
       {"hledger__sample.fr.cp1252.csv",
        kWindowsCP1252StringEncoding,
-       kTextImportCommaSeparated,
-       true,
-       {kColumnDate, kColumnDescription, kColumnAmount},
-       "%Y/%m/%d",
-       ".",
-       ",",
+       "DSA",
+       "skip %Y/%m/%d . ,",
        3,
        {20120322, 50.0, "description", "D\u00c9P\u00d4T"},
        {20120324, -20.0, "description", "CAF\u00c9 \u2014 \u20ac20 RE\u00c7U"}},
       {"hledger__sample.tsv",
        kUTF8StringEncoding,
-       kTextImportTabSeparated,
-       false,
-       {kColumnDate, kColumnDescription, kColumnDeposit, kColumnDebit},
-       "%m/%Y/%d",
-       ".",
-       ",",
+       "DSRW",
+       "tab %m/%Y/%d . ,",
        2,
        {20091009, 50.0, "description", "Flubber Co\U0001F385"},
        {20091109, -50.0, "description", "Flubber Co\U0001F385"}},
@@ -313,25 +286,15 @@ const std::vector<CsvCase>& CsvCases() {
       // as today, and the user drops them in the review.
       {"oca__meta_data_separated_credit_debit.csv",
        kUTF8StringEncoding,
-       kTextImportCommaSeparated,
-       true,
-       {kColumnDate, kColumnNumber, kColumnDescription, kColumnDebit, kColumnDeposit,
-        kColumnCategory},
-       "%d/%m/%y",
-       ",",
-       ".",
+       "DNSWRC",
+       "skip %d/%m/%y , .",
        4,
        {20200401, -50.0, "description", "LABEL 1"},
        {20200402, 1300.0, "category", "DETAILS 3"}},
       {"ofxstatement-dutch__ing_ok.csv",
        kUTF8StringEncoding,
-       kTextImportCommaSeparated,
-       true,
-       {kColumnDate, kColumnDescription, kSkip, kColumnToFrom, kColumnType, kSkip, kColumnAmount,
-        kColumnCategory},
-       "%Y/%m/%d",
-       ",",
-       ".",
+       "DS-PT-AC",
+       "skip %Y/%m/%d , .",
        6,
        {20200213, 1.25, "description", "Kosten OranjePakket met korting"},
        {20191213, 0.31, "description", "Kosten OranjePakket"}},
@@ -366,12 +329,15 @@ TEST(ImportCorpus, EveryCsvFileWithTheLayoutAUserWouldChoose) {
     }
     const CsvCase& item = *found->second;
     auto importer = TARNTextImport::initWithContentsOfFile(file.string(), item.encoding);
-    importer->SetDataFormat(item.format);
-    importer->SetSkipFirstRow(item.skipFirstRow);
-    importer->SetDataLayout(item.layout);
-    importer->SetDateFormat(item.dateFormat);
-    importer->SetDecimalSeparator(std::string(item.decimal));
-    importer->SetThousandsSeparator(std::string(item.thousands));
+    std::istringstream options(item.options);
+    std::string format, dateFormat, decimal, thousands;
+    options >> format >> dateFormat >> decimal >> thousands;
+    importer->SetDataFormat(format == "tab" ? kTextImportTabSeparated : kTextImportCommaSeparated);
+    importer->SetSkipFirstRow(format == "skip");
+    importer->SetDataLayout(Layout(item.layout));
+    importer->SetDateFormat(dateFormat);
+    importer->SetDecimalSeparator(decimal);
+    importer->SetThousandsSeparator(thousands);
     const CalendarDate today(1999, 1, 1);
     CalendarDate::overrideNow(today);
     Array entries = importer->parse().at("entries").arrayValue();

@@ -342,9 +342,12 @@ plist::Value TARNQIFImport::EntryStringToEntry(std::string_view record) const {
       plist::Array splits;
       splits.reserve(count);
       for (std::size_t i = 0; i < count; ++i) {
-        splits.emplace_back(plist::Dictionary{{"amount", amounts[i]},
-                                              {"category", std::string(splitCategories[i])},
-                                              {"description", std::string(splitDescriptions[i])}});
+        plist::Dictionary split;
+        split.reserve(3);
+        split.try_emplace("amount", amounts[i]);
+        split.try_emplace("category", std::string(splitCategories[i]));
+        split.try_emplace("description", std::string(splitDescriptions[i]));
+        splits.emplace_back(std::move(split));
       }
       entry.try_emplace("splits", std::move(splits));
     }
@@ -528,9 +531,11 @@ plist::Dictionary TARNQIFImport::parse() const {
     if (!name) continue;
     const std::size_t start = headers[i] + 1;
     const std::size_t end = nextAccount.next(start);
-    accounts.emplace_back(
-        plist::Dictionary{{"entries", AccountEntries(text.substr(start, end - start))},
-                          {"name", std::string(*name)}});
+    // Built by moving: an initializer list would copy the entries.
+    plist::Dictionary account;
+    account.try_emplace("entries", AccountEntries(text.substr(start, end - start)));
+    account.try_emplace("name", std::string(*name));
+    accounts.emplace_back(std::move(account));
   }
   if (!accounts.empty()) result.insert_or_assign("accounts", std::move(accounts));
   result.insert_or_assign("categories", std::move(categories));

@@ -213,7 +213,11 @@ plist::Dictionary TARNTextImport::parse() const {
   plist::BulkStorageScope bulk;
   plist::Array entries = Entries();
   plist::Array types = TypesOf(entries);
-  return plist::Dictionary{{"entries", std::move(entries)}, {"types", std::move(types)}};
+  // Built by moving: an initializer list would copy the entries.
+  plist::Dictionary result;
+  result.try_emplace("entries", std::move(entries));
+  result.try_emplace("types", std::move(types));
+  return result;
 }
 
 std::shared_ptr<TARNAccountEntryType> TARNTextImport::TypeWithName(std::string_view name,
