@@ -322,7 +322,7 @@ Value ReferenceRecord(std::string_view record) {
   if (auto text = field('M')) entry.insert_or_assign("description", *text);
   if (auto text = field('L')) entry.insert_or_assign("category", *text);
   if (auto text = field('N')) {
-    if (LeadingInt32(*text) != INT32_MAX) entry.insert_or_assign("number", LeadingInt32(*text));
+    if (LeadingInteger(*text) != INT32_MAX) entry.insert_or_assign("number", LeadingInteger(*text));
   }
   return entry;
 }

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "tarn/platform/calendar_date.h"
+#include "tarn/platform/number_text.h"
 
 namespace tarn {
 
@@ -60,15 +61,10 @@ class ImportDateReader {
   bool valid_ = false;
 };
 
-// The longest leading decimal number of a text, after any leading white
-// space: an optional sign, digits (of any script) and at most one ".",
-// with at least one digit. 0 when there is none; a number beyond the range
-// of a double reads as an infinity of its sign.
-double LeadingDecimalNumber(std::string_view text);
-
-// The leading integer of a text as a 32-bit number: leading white space, an
-// optional sign, then ASCII digits. 0 when there are none ("check" reads as
-// 0); a value beyond the 32-bit range saturates to its largest or smallest.
-std::int32_t LeadingInt32(std::string_view text);
+// The leading integer of a text as a 32-bit number, clamped: the platform's
+// LeadingInteger under the name the importers first used.
+inline std::int32_t LeadingInt32(std::string_view text) {
+  return LeadingInteger(text);
+}
 
 }  // namespace tarn

@@ -296,7 +296,7 @@ plist::Value TARNQIFImport::EntryStringToEntry(std::string_view record) const {
   }
   std::optional<std::int32_t> checkNumber;
   if (number) {
-    const std::int32_t read = LeadingInt32(*number);
+    const std::int32_t read = LeadingInteger(*number);
     if (read != std::numeric_limits<std::int32_t>::max()) checkNumber = read;
   }
 

@@ -122,7 +122,7 @@ plist::Value TARNTextImport::EntryStringToEntry(std::string_view line) const {
         amount = LeadingDecimalNumber(TweakAmountString(text));
         break;
       case kColumnNumber:
-        if (const std::int32_t read = LeadingInt32(text);
+        if (const std::int32_t read = LeadingInteger(text);
             read != std::numeric_limits<std::int32_t>::max()) {
           number = read;
         }
@@ -134,10 +134,10 @@ plist::Value TARNTextImport::EntryStringToEntry(std::string_view line) const {
         description = text;
         break;
       case kColumnCleared:
-        cleared = IsYesOrX(text) || LeadingInt32(text) >= 1;
+        cleared = IsYesOrX(text) || LeadingInteger(text) >= 1;
         break;
       case kColumnTaxDeductible:
-        taxDeductible = taxDeductible || IsYesOrX(text) || LeadingInt32(text) == 1;
+        taxDeductible = taxDeductible || IsYesOrX(text) || LeadingInteger(text) == 1;
         break;
       case kColumnToFrom:
         toFrom = text;
