@@ -1,0 +1,175 @@
+#include "tarn/import/import_text_rules.h"
+
+#include "tarn/import/import_scanning.h"
+
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace tarn {
+namespace {
+
+// The code point at byte offset i and the offset after it; an ill-formed
+// sequence reads as one negative code point of one byte.
+UChar32 NextCodePoint(std::string_view text, std::size_t& i) {
+  UChar32 c;
+  std::int32_t offset = static_cast<std::int32_t>(i);
+  U8_NEXT(reinterpret_cast<const std::uint8_t*>(text.data()), offset,
+          static_cast<std::int32_t>(text.size()), c);
+  i = static_cast<std::size_t>(offset);
+  return c;
+}
+
+void ReplaceAll(std::string& text, std::string_view from, std::string_view to) {
+  if (from.empty() || text.find(from) == std::string::npos) return;
+  std::string result;
+  result.reserve(text.size());
+  std::size_t start = 0;
+  for (std::size_t found; (found = text.find(from, start)) != std::string::npos;
+       start = found + from.size()) {
+    result.append(text, start, found - start);
+    result.append(to);
+  }
+  result.append(text, start);
+  text = std::move(result);
+}
+
+bool IsDateSeparator(char c) {
+  constexpr std::string_view kSeparators = "/\\-.,*+^!@#$%&()_=[]{}|;:'\"<>`~";
+  return kSeparators.find(c) != std::string_view::npos;
+}
+
+// Three integers, each after skipping whatever is not an ASCII digit.
+DateComponents ThreeNumbersBetweenNonDigits(std::string_view text) {
+  DateComponents components{0, 0, 0};
+  std::size_t i = 0;
+  for (auto& component : components) {
+    while (i < text.size() && !(text[i] >= '0' && text[i] <= '9')) ++i;
+    if (i == text.size()) break;
+    const std::size_t start = i;
+    while (i < text.size() && text[i] >= '0' && text[i] <= '9') ++i;
+    component = LeadingInteger(text.substr(start, i - start));
+  }
+  return components;
+}
+
+// Byte offsets of the first nine code points of a text (offsets past its
+// end are the end) and how many code points it has, counted up to ten.
+struct CodePoints {
+  std::size_t offsets[10];
+  std::size_t count;
+};
+CodePoints FirstCodePoints(std::string_view text) {
+  CodePoints points;
+  std::size_t n = 0, i = 0;
+  while (i < text.size() && n < 10) {
+    points.offsets[n++] = i;
+    NextCodePoint(text, i);
+  }
+  for (std::size_t k = n; k < 10; ++k) points.offsets[k] = text.size();
+  points.count = i == text.size() ? n : 11;
+  return points;
+}
+
+// The text cut after `first` and `first + second` code points, up to code
+// point `end`, each piece read as an integer.
+DateComponents CutAt(std::string_view text, const CodePoints& points, int first, int second,
+                     int end) {
+  auto piece = [&](int from, int to) {
+    return LeadingInteger(
+        text.substr(points.offsets[from], points.offsets[to] - points.offsets[from]));
+  };
+  return {piece(0, first), piece(first, first + second), piece(first + second, end)};
+}
+
+std::string TodayInFormat(std::string_view dateFormat) {
+  return CalendarDate::now().descriptionWithCalendarFormat(dateFormat);
+}
+
+void AppendInt(std::string& out, std::int32_t value) {
+  char buffer[16];
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
+  out.append(buffer, result.ptr);
+}
+
+std::string JoinComponents(const DateComponents& components) {
+  std::string joined;
+  joined.reserve(24);
+  AppendInt(joined, components[0]);
+  joined += '/';
+  AppendInt(joined, components[1]);
+  joined += '/';
+  AppendInt(joined, components[2]);
+  return joined;
+}
+
+}  // namespace
+
+std::string TweakAmountString(std::string_view text, std::string_view decimalSeparator,
+                              std::string_view thousandsSeparator) {
+  std::string_view trimmed = TrimImportWhiteSpace(text);
+  std::string working;
+  if (trimmed.size() >= 2 && trimmed.front() == '(' && trimmed.back() == ')') {
+    working.reserve(trimmed.size());
+    working += '-';
+    working.append(trimmed.substr(1, trimmed.size() - 2));
+  } else {
+    working.assign(trimmed);
+  }
+  ReplaceAll(working, thousandsSeparator, "");
+  ReplaceAll(working, decimalSeparator, ".");
+
+  std::string result;
+  result.reserve(working.size());
+  for (std::size_t i = 0, next = 0; i < working.size(); i = next) {
+    const char c = working[i];
+    if (c == '.' || c == '-') {
+      result += c;
+      next = i + 1;
+    } else if (DecimalDigitValueAt(working, i, next) >= 0) {
+      result.append(working, i, next - i);
+    }
+  }
+  return result;
+}
+
+DateComponents DateStringComponents(std::string_view text, std::string_view dateFormat) {
+  for (char c : text) {
+    if (IsDateSeparator(c)) return ThreeNumbersBetweenNonDigits(text);
+  }
+  const CodePoints points = FirstCodePoints(text);
+  if (points.count == 6) return CutAt(text, points, 2, 2, 6);
+  if (points.count == 8) {
+    const std::size_t yearAt = dateFormat.find_first_of("yY");
+    if (yearAt == std::string_view::npos) {
+      const std::string today = TodayInFormat(dateFormat);
+      return CutAt(today, FirstCodePoints(today), 2, 2, 6);
+    }
+    const std::string_view beforeYear = dateFormat.substr(0, yearAt);
+    const int fieldsBefore = (beforeYear.find_first_of("mM") != std::string_view::npos) +
+                             (beforeYear.find_first_of("dD") != std::string_view::npos);
+    if (fieldsBefore == 0) return CutAt(text, points, 4, 2, 8);
+    if (fieldsBefore == 1) return CutAt(text, points, 2, 4, 8);
+    return CutAt(text, points, 2, 2, 8);
+  }
+  return ThreeNumbersBetweenNonDigits(TodayInFormat(dateFormat));
+}
+
+std::string TweakDateString(std::string_view text, std::string_view dateFormat) {
+  return JoinComponents(DateStringComponents(text, dateFormat));
+}
+
+DateNumber ImportDateNumber(std::string_view text, std::string_view dateFormat) {
+  DateComponents components = DateStringComponents(text, dateFormat);
+  if (dateFormat.find("%y") != std::string_view::npos) {
+    for (auto& component : components) component %= 100;
+  }
+  const auto date = CalendarDate::dateWithString(JoinComponents(components), dateFormat);
+  return date ? date->dateNumber() : 0;
+}
+
+}  // namespace tarn
