@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -17,6 +18,7 @@
 
 #include "tarn/account/account.h"
 #include "tarn/model/account_entry.h"
+#include "tarn/model/amounts.h"
 #include "tarn/model/currency.h"
 #include "tarn/platform/error.h"
 
@@ -142,6 +144,7 @@ std::shared_ptr<TARNAccount> OpenBook::account(const std::string& name) const {
 
 bool OpenBook::tryUnlock(TARNAccount& account) const {
   if (account.IsAuthenticated()) return true;
+  if (!account.HasPassword()) return account.Authenticate(std::string());
   if (const char* password = std::getenv("TARN_PASSWORD")) {
     return account.Authenticate(std::string(password));
   }
@@ -303,6 +306,10 @@ void Table::print() const {
 
 void PrintJson(const nlohmann::json& value) {
   std::cout << value.dump(2) << '\n';
+}
+
+double Money(double amount) {
+  return std::nearbyint(RoundNearZeroValue(RoundValue(amount)) * 100) / 100 + 0.0;
 }
 
 }  // namespace tarn::cli

@@ -103,5 +103,7 @@ bool ErrorIsTerminal();
 std::string Colored(const std::string& text, bool negative);
 
 void PrintJson(const nlohmann::json& value);
+// An amount for JSON: rounded to cents, with no -0.
+double Money(double amount);
 
 }  // namespace tarn::cli

@@ -192,10 +192,10 @@ void AddAccounts(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
           list.push_back({{"name", account->GetName()},
                           {"number", account->GetNumber()},
                           {"currency", account->currency()->code()},
-                          {"balance", balance},
-                          {"resolvedBalance", resolved},
-                          {"unresolvedBalance", unresolved},
-                          {"todaysBalance", todays},
+                          {"balance", Money(balance)},
+                          {"resolvedBalance", Money(resolved)},
+                          {"unresolvedBalance", Money(unresolved)},
+                          {"todaysBalance", Money(todays)},
                           {"pendingScheduledEntries", pending}});
         }
         if (global.json) return PrintJson(list);

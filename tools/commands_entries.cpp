@@ -189,7 +189,7 @@ void Report(const GlobalOptions& global, const std::string& verb, const TARNAcco
     nlohmann::json result = {{"account", account.GetName()},
                              {"entry", entry.GetNumber()},
                              {"date", FormatDate(entry.GetDate())},
-                             {"amount", entry.GetAmount()}};
+                             {"amount", Money(entry.GetAmount())}};
     if (mirror && mirror->GetAccount()) {
       result["transfer"] = {{"account", mirror->GetAccount()->GetName()},
                             {"entry", mirror->GetNumber()}};

@@ -112,7 +112,7 @@ struct RegisterPrinter {
       auto category = account.accountEntryCategoryForNumber(item->category());
       splits.push_back({{"category", category ? category->fullName() : ""},
                         {"description", item->description()},
-                        {"amount", item->amount()}});
+                        {"amount", Money(item->amount())}});
     }
     rows.push_back({{"number", entry.GetNumber()},
                     {"date", FormatDate(entry.GetDate())},
@@ -126,8 +126,8 @@ struct RegisterPrinter {
                     {"taxDeductible", entry.GetTaxDeductible()},
                     {"void", entry.GetVoid()},
                     {"transfer", entry.IsLinked()},
-                    {"amount", amount},
-                    {"balance", balance},
+                    {"amount", Money(amount)},
+                    {"balance", Money(balance)},
                     {"splits", splits}});
   }
 };
@@ -249,7 +249,8 @@ void AddRegister(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
                         FormatAmount(*account, account->GetResolvedBalance()),
                         FormatAmount(*account, account->GetUnresolvedBalance()))};
         PrintView(*account, std::move(shown), *options, global, footer,
-                  {{"balance", balance}, {"resolvedBalance", account->GetResolvedBalance()}});
+                  {{"balance", Money(balance)},
+                   {"resolvedBalance", Money(account->GetResolvedBalance())}});
       });
   command->add_option("BOOK", options->path, "The book")->required();
   command->add_option("ACCOUNT", options->account, "The account")->required();
@@ -322,9 +323,9 @@ void AddReconcile(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
                    fmt::format("Resolved balance  {}", FormatAmount(*account, resolved)),
                    fmt::format("Difference        {}{}", FormatAmount(*account, difference),
                                difference == 0 ? " (reconciled)" : "")},
-                  {{"statementBalance", statement},
-                   {"resolvedBalance", resolved},
-                   {"difference", difference}});
+                  {{"statementBalance", Money(statement)},
+                   {"resolvedBalance", Money(resolved)},
+                   {"difference", Money(difference)}});
       });
   command->add_option("BOOK", options->path, "The book")->required();
   command->add_option("ACCOUNT", options->account, "The account")->required();
@@ -470,7 +471,7 @@ void AddSchedules(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
                {"next", next > 0 ? nlohmann::json(FormatDate(next)) : nlohmann::json(nullptr)},
                {"repeats", Repeats(*schedule)},
                {"description", schedule->GetDescription()},
-               {"amount", schedule->GetAmount()},
+               {"amount", Money(schedule->GetAmount())},
                {"due", due.size()}});
           if (!options->enter) continue;
           for (const auto& entry : due) {

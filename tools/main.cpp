@@ -48,6 +48,16 @@ int main(int argc, char** argv) {
       std::cout << version.what() << '\n';
       return 0;
     } catch (const CLI::ParseError& error) {
+      // A mistyped command reads better as such than as a missing one.
+      for (int i = 1; i < argc; ++i) {
+        const std::string word = argv[i];
+        if (word.empty() || word[0] == '-' || std::string(argv[i - 1]) == "--today") continue;
+        const auto named = [&](CLI::App* command) { return command->get_name() == word; };
+        if (app.get_subcommands(named).empty()) {
+          throw UsageError(fmt::format("unknown command \"{}\"", word));
+        }
+        break;
+      }
       throw UsageError(error.what());
     }
     if (!global.today.empty()) {

@@ -69,7 +69,18 @@ TARNBook::TARNBook() : defaultCurrency_(MakeUSDollar()) {
 TARNBook::~TARNBook() = default;
 
 std::unique_ptr<TARNBook> TARNBook::open(const std::string& path) {
-  plist::Value root = plist::ReadFile(path);
+  plist::Value root;
+  try {
+    root = plist::ReadFile(path);
+  } catch (const FileError& error) {
+    // A binary property list whose trailer or tables make no sense was
+    // almost always cut short (an interrupted copy); say so.
+    if (error.reason().find("trailer") != std::string::npos ||
+        error.reason().find("offset") != std::string::npos) {
+      throw FileError(path, "truncated or damaged book (" + error.reason() + ")");
+    }
+    throw;
+  }
   std::unique_ptr<TARNBook> book;
   if (root.isDictionary() && !root.find(kKeyAccounts) && LooksLikeAccount(root)) {
     book = std::make_unique<TARNBook>();

@@ -99,6 +99,7 @@ std::shared_ptr<TARNAccountEntry> LinkTransfer(TARNBook& /*book*/, TARNAccount& 
   entry->SetLinkedEntry(mirror->GetNumber());
   entry->SetLinkedAccount(to.GetNumber());
   entry->SetLinkedExchangedAmount(exchanged);
+  if (entry->GetToFrom().empty()) entry->SetToFrom(to.GetName());
   Mirror(*entry, *mirror);
   from.setLastFromAccount(from.GetNumber());
   from.setLastToAccount(to.GetNumber());

@@ -200,12 +200,11 @@ class Household {
     folder->setName("Reimbursable");
     card_->addFolder(folder);
     card_->setFolder(folder);
-    const DateNumber last = lastDate_;
-    const DateNumber earlier =
-        CalendarDate::dateWithDateNumber(last).dateByAddingYears(0, 0, -9).dateNumber();
-    add(*card_, earlier, -64.20, Type::kTypeDebitCard, "Food:Dining", "Luigi's Trattoria",
+    // Dated inside the register's span, which the register views filter by.
+    const DateNumber month = lastDate_ / 100 * 100;
+    add(*card_, month + 10, -64.20, Type::kTypeDebitCard, "Food:Dining", "Luigi's Trattoria",
         "Client lunch");
-    add(*card_, last, -48.75, Type::kTypeDebitCard, "Food:Dining", "Blue Door Cafe",
+    add(*card_, month + 20, -48.75, Type::kTypeDebitCard, "Food:Dining", "Blue Door Cafe",
         "Client lunch");
     card_->setFolder(nullptr);
 
