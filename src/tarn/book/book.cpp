@@ -46,6 +46,16 @@ bool LooksLikeAccount(const plist::Value& dictionary) {
   return false;
 }
 
+// An account read from its (upgraded) dictionary. One without a password
+// (older files store none at all) is open at once; the others wait for
+// Authenticate.
+std::shared_ptr<TARNAccount> OpenAccount(const plist::Value& dictionary,
+                                         TARNAccountsController* controller) {
+  auto account = TARNAccount::initWithDictionary(dictionary, controller);
+  if (!account->HasPassword()) account->Authenticate(std::string());
+  return account;
+}
+
 template <typename Visit>
 void ForEachEntry(const TARNAccount& account, Visit&& visit) {
   for (const auto& entry : account.GetEntries()) visit(*entry);
@@ -161,7 +171,7 @@ void TARNBook::loadAccounts(const plist::Value& dictionary, const std::string& n
     if (!item.isDictionary()) throw FileError(name, "an account is not a dictionary");
     plist::Value copy = item;
     TARNAccount::UpdateAccountDictionary(copy);
-    accounts_.push_back(TARNAccount::initWithDictionary(copy, this));
+    accounts_.push_back(OpenAccount(copy, this));
   }
 }
 
@@ -186,7 +196,7 @@ void TARNBook::loadIdentifiers(const plist::Value& dictionary) {
 void TARNBook::adoptBareAccount(plist::Value dictionary) {
   bareAccount_ = true;
   TARNAccount::UpdateAccountDictionary(dictionary);
-  auto account = TARNAccount::initWithDictionary(dictionary, this);
+  auto account = OpenAccount(dictionary, this);
   if (account->GetNumber() < 0) account->SetNumber(0);
   accounts_.push_back(std::move(account));
 }
