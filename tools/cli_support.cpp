@@ -142,6 +142,14 @@ std::shared_ptr<TARNAccount> OpenBook::account(const std::string& name) const {
                             names.empty() ? "no accounts" : names));
 }
 
+void OpenBook::save() const {
+  try {
+    book_->save();
+  } catch (const FileError& error) {
+    throw Failure(error.what());
+  }
+}
+
 bool OpenBook::tryUnlock(TARNAccount& account) const {
   if (account.IsAuthenticated()) return true;
   if (!account.HasPassword()) return account.Authenticate(std::string());

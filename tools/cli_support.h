@@ -60,7 +60,8 @@ class OpenBook {
   void unlock(TARNAccount& account) const;
   // Tries to unlock without failing; whether the account is open.
   bool tryUnlock(TARNAccount& account) const;
-  void save() const { book_->save(); }
+  // Failure naming the file when the book cannot be written.
+  void save() const;
 
  private:
   std::unique_ptr<BookLock> lock_;

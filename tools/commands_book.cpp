@@ -44,14 +44,6 @@ void SaveNew(TARNBook& book, const std::string& path, bool xml) {
   }
 }
 
-void Save(const OpenBook& book) {
-  try {
-    book.save();
-  } catch (const FileError& error) {
-    throw Failure(error.what());
-  }
-}
-
 std::string PasswordFromUser(const std::string& accountName) {
   if (const char* password = std::getenv("TARN_PASSWORD")) return password;
   auto first = ReadPassword(fmt::format("New password for {}: ", accountName));
@@ -125,7 +117,7 @@ void AddAccount(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
     added->SetStartingBalance(balance);
     added->SetStartingCheckNumber(options->startingCheck);
     if (options->password) added->SetPassword(PasswordFromUser(added->GetName()));
-    Save(book);
+    book.save();
     if (global.json) {
       PrintJson({{"account", added->GetName()}, {"number", added->GetNumber()}});
     } else {
@@ -147,7 +139,7 @@ void AddAccount(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
         auto found = book.account(options->name);
         book.unlock(*found);
         found->SetPassword(options->clear ? std::string() : PasswordFromUser(found->GetName()));
-        Save(book);
+        book.save();
         fmt::print("{} the password of {}\n", options->clear ? "Cleared" : "Set", found->GetName());
       });
   password->add_option("BOOK", options->path, "The book")->required();
@@ -245,13 +237,13 @@ void AddCategories(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
                                         options->add));
             }
             auto added = book->addCategoryPath(options->add);
-            Save(book);
+            book.save();
             fmt::print("Added the category {}\n", added->fullName());
           } else if (!options->rename.empty()) {
             if (options->to.empty()) throw UsageError("--rename needs --to NAME");
             auto category = find(options->rename, "--rename");
             book->renameCategory(*category, options->to);
-            Save(book);
+            book.save();
             fmt::print("Renamed {} to {}\n", options->rename, category->fullName());
           } else if (!options->remove.empty()) {
             auto category = find(options->remove, "--remove");
@@ -265,7 +257,7 @@ void AddCategories(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
             }
             const std::string name = category->fullName();
             const std::size_t moved = book->removeCategory(category, target.get());
-            Save(book);
+            book.save();
             fmt::print(
                 "Removed {}{}\n", name,
                 moved ? fmt::format("; {} entries now in {}", moved, target->fullName()) : "");
@@ -348,7 +340,7 @@ void AddCurrencies(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
           }
           book->setCurrency(currency);
         }
-        if (change) Save(book);
+        if (change) book.save();
         Table table({{"Code"}, {"Name"}, {"Format"}, {"Rate", true}, {"Default"}});
         nlohmann::json list = nlohmann::json::array();
         for (const auto& currency : book->currencies()) {
@@ -396,7 +388,7 @@ void AddUpgrade(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
             inPlace ? OpenBook::ForChange(options->path) : OpenBook::ForReading(options->path);
         if (options->xml) book->setFormat(plist::Format::Xml);
         if (inPlace) {
-          Save(book);
+          book.save();
         } else {
           if (Exists(options->out))
             throw Failure(options->out + ": already exists; not overwritten");

@@ -28,14 +28,6 @@ struct EntryOptions {
   bool newCategory = false, undo = false;
 };
 
-void Save(const OpenBook& book) {
-  try {
-    book.save();
-  } catch (const FileError& error) {
-    throw Failure(error.what());
-  }
-}
-
 std::shared_ptr<TARNAccountEntryCategory> Category(const OpenBook& book,
                                                    const EntryOptions& options,
                                                    const std::string& path, const char* option) {
@@ -208,6 +200,14 @@ void Report(const GlobalOptions& global, const std::string& verb, const TARNAcco
   }
 }
 
+// BOOK ACCOUNT NUMBER, the positionals of the commands on one entry.
+void AddEntryPositionals(CLI::App& command, EntryOptions& options) {
+  command.add_option("BOOK", options.path, "The book")->required();
+  command.add_option("ACCOUNT", options.account, "The account")->required();
+  command.add_option("NUMBER", options.number, "The entry's number (the register's No column)")
+      ->required();
+}
+
 void AddEntryOptions(CLI::App& command, EntryOptions& options) {
   command.add_option("--date", options.date, "Date (YYYY-MM-DD; today)");
   command.add_option("--amount", options.amount, "Amount: negative for money out, e.g. -12.50");
@@ -247,7 +247,7 @@ void AddAdd(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
         account->AddEntry(entry);
         std::shared_ptr<TARNAccountEntry> mirror;
         if (target) mirror = LinkTransfer(*book, *account, entry, *target, Exchanged(*options));
-        Save(book);
+        book.save();
         Report(global, "Added", *account, *entry, mirror);
       });
   command->add_option("BOOK", options->path, "The book")->required();
@@ -293,13 +293,10 @@ void AddEdit(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
       SyncTransfer(*book, *entry);
       mirror = LinkedEntry(*book, *entry);
     }
-    Save(book);
+    book.save();
     Report(global, "Changed", *account, *entry, mirror);
   });
-  command->add_option("BOOK", options->path, "The book")->required();
-  command->add_option("ACCOUNT", options->account, "The account")->required();
-  command->add_option("NUMBER", options->number, "The entry's number (the register's No column)")
-      ->required();
+  AddEntryPositionals(*command, *options);
   AddEntryOptions(*command, *options);
 }
 
@@ -313,13 +310,11 @@ void AddVoidAndRemove(CLI::App& app, Chosen& chosen, const GlobalOptions& global
                                    auto entry = FindEntry(book, *account, *options);
                                    entry->SetVoid(!options->undo);
                                    SyncTransfer(*book, *entry);
-                                   Save(book);
+                                   book.save();
                                    Report(global, options->undo ? "Restored" : "Voided", *account,
                                           *entry, LinkedEntry(*book, *entry));
                                  });
-  voidCommand->add_option("BOOK", options->path, "The book")->required();
-  voidCommand->add_option("ACCOUNT", options->account, "The account")->required();
-  voidCommand->add_option("NUMBER", options->number, "The entry's number")->required();
+  AddEntryPositionals(*voidCommand, *options);
   voidCommand->add_flag("--undo", options->undo, "Make a void entry count again");
 
   auto removeOptions = std::make_shared<EntryOptions>();
@@ -331,12 +326,10 @@ void AddVoidAndRemove(CLI::App& app, Chosen& chosen, const GlobalOptions& global
                               auto entry = FindEntry(book, *account, *removeOptions);
                               auto mirror = LinkedEntry(*book, *entry);
                               RemoveEntryAndTransfer(*book, *account, entry);
-                              Save(book);
+                              book.save();
                               Report(global, "Removed", *account, *entry, mirror);
                             });
-  remove->add_option("BOOK", removeOptions->path, "The book")->required();
-  remove->add_option("ACCOUNT", removeOptions->account, "The account")->required();
-  remove->add_option("NUMBER", removeOptions->number, "The entry's number")->required();
+  AddEntryPositionals(*remove, *removeOptions);
 }
 
 }  // namespace

@@ -71,14 +71,6 @@ std::vector<std::string> Keys(const std::map<std::string, std::int32_t>& map) {
   return keys;
 }
 
-void Save(const OpenBook& book) {
-  try {
-    book.save();
-  } catch (const FileError& error) {
-    throw Failure(error.what());
-  }
-}
-
 // The register's columns, one row per entry, and the same as JSON.
 struct RegisterPrinter {
   const TARNAccount& account;
@@ -240,7 +232,7 @@ void AddRegister(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
         auto account = book.account(options->account);
         book.unlock(*account);
         ApplyViewOptions(*account, *options);
-        if (options->remember) Save(book);
+        if (options->remember) book.save();
         auto shown = options->reconcile ? account->reconcileFilteredEntries()
                                         : account->entryFilteredEntries();
         const double balance = account->GetBalance();
@@ -285,6 +277,7 @@ void AddReconcile(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
   struct Options {
     std::string path, account, statement;
     std::vector<std::int32_t> clear, unclear;
+    std::size_t limit = 0;
   };
   auto options = std::make_shared<Options>();
   auto* command = AddCommand(
@@ -312,12 +305,13 @@ void AddReconcile(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
         };
         mark(options->clear, 1, "--clear");
         mark(options->unclear, 0, "--unclear");
-        if (change) Save(book);
+        if (change) book.save();
         const double statement = account->statementBalance();
         const double resolved = account->GetResolvedBalance();
         const double difference = RoundValue(statement - resolved);
         ViewOptions view;
         view.reconcile = true;
+    view.limit = options->limit;
         PrintView(*account, account->reconcileFilteredEntries(), view, global,
                   {fmt::format("Statement balance {}", FormatAmount(*account, statement)),
                    fmt::format("Resolved balance  {}", FormatAmount(*account, resolved)),
@@ -333,6 +327,8 @@ void AddReconcile(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
   command->add_option("--clear", options->clear, "Mark these entries resolved")->expected(1, -1);
   command->add_option("--unclear", options->unclear, "Mark these entries unresolved")
       ->expected(1, -1);
+  command->add_option("--limit", options->limit, "Show only the last N rows")
+      ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 31));
 }
 
 // --- export ----------------------------------------------------------------------
@@ -482,7 +478,7 @@ void AddSchedules(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
             entered.push_back(entry);
           }
         }
-        if (options->enter) Save(book);
+        if (options->enter) book.save();
         if (global.json) {
           nlohmann::json result = {{"schedules", list}};
           if (options->enter) {

@@ -76,8 +76,7 @@ constexpr std::array<const char*, 16> kCategories = {
 
 class Household {
  public:
-  Household(TARNBook& book, const SampleBookOptions& options)
-      : book_(book), random_(options.seed), today_(options.today) {
+  Household(TARNBook& book, const SampleBookOptions& options) : book_(book), random_(options.seed) {
     for (const char* path : kCategories) categories_[path] = book_.addCategoryPath(path)->number();
     checking_ = book_.addAccount("Checking");
     checking_->SetStartingBalance(2500.00);
@@ -238,26 +237,31 @@ class Household {
   std::int64_t entryCount() const { return count_; }
 
  private:
+  void fill(TARNAccountEntry& entry, DateNumber date, double amount, std::int32_t type,
+            const char* category, const std::string& toFrom, const char* description) const {
+    entry.SetDate(date);
+    entry.SetAmount(amount);
+    if (amount < 0) {
+      entry.SetIsDebit(true);
+    } else {
+      entry.SetIsDeposit(true);
+    }
+    entry.SetType(type);
+    entry.SetCategory(categories_.at(category));
+    entry.SetToFrom(toFrom);
+    entry.SetDescription(description);
+  }
+
   std::shared_ptr<TARNAccountEntry> add(TARNAccount& account, DateNumber date, double amount,
                                         std::int32_t type, const char* category,
                                         const std::string& toFrom, const char* description) {
     auto entry = std::make_shared<TARNAccountEntry>();
     entry->SetNumber(account.NextAvailableNumber());
-    entry->SetDate(date);
-    entry->SetAmount(amount);
-    if (amount < 0) {
-      entry->SetIsDebit(true);
-    } else {
-      entry->SetIsDeposit(true);
-    }
-    entry->SetType(type);
+    fill(*entry, date, amount, type, category, toFrom, description);
     if (type == Type::kTypeCheck) {
       entry->SetIsCheck(true);
       entry->SetCheckNumber(account.NextAvailableCheckNumber());
     }
-    entry->SetCategory(categories_.at(category));
-    entry->SetToFrom(toFrom);
-    entry->SetDescription(description);
     account.AddEntry(entry);
     lastDate_ = std::max(lastDate_, date);
     ++count_;
@@ -277,17 +281,7 @@ class Household {
                 DateNumber committedThrough) {
     auto schedule = std::make_shared<TARNAccountSchedule>();
     schedule->SetNumber(account.NextAvailableScheduleNumber());
-    schedule->SetDate(first);
-    schedule->SetAmount(amount);
-    if (amount < 0) {
-      schedule->SetIsDebit(true);
-    } else {
-      schedule->SetIsDeposit(true);
-    }
-    schedule->SetType(type);
-    schedule->SetCategory(categories_.at(category));
-    schedule->SetToFrom(toFrom);
-    schedule->SetDescription(description);
+    fill(*schedule, first, amount, type, category, toFrom, description);
     schedule->SetRepeatIntervalType(kRepeatMonthly);
     schedule->SetRepeatInterval(1);
     schedule->SetRepeatUntilType(kRepeatUntilForever);
@@ -302,7 +296,6 @@ class Household {
 
   TARNBook& book_;
   Random random_;
-  DateNumber today_;
   std::shared_ptr<TARNAccount> checking_;
   std::shared_ptr<TARNAccount> savings_;
   std::shared_ptr<TARNAccount> card_;
