@@ -167,5 +167,18 @@ TEST(Text, IsAsciiLooksAtEveryByte) {
   }
 }
 
+TEST(Text, AsciiEqualityFoldsOnlyTheAsciiLetters) {
+  EXPECT_TRUE(AsciiEqualIgnoringCase("Kr.", "kR."));
+  EXPECT_TRUE(AsciiEqualIgnoringCase("", ""));
+  EXPECT_FALSE(AsciiEqualIgnoringCase("kr", "kr."));
+  EXPECT_FALSE(AsciiEqualIgnoringCase("[", "{"));  // 0x5B and 0x7B differ by 0x20 too
+  EXPECT_FALSE(AsciiEqualIgnoringCase("@", "`"));
+  // Full folding would make these equal; the same length in bytes does not.
+  EXPECT_FALSE(AsciiEqualIgnoringCase("\xC3\x9F", "ss"));  // ß
+  EXPECT_TRUE(CaseInsensitiveEqual("\xC3\x9F", "ss"));
+  EXPECT_FALSE(AsciiEqualIgnoringCase("\xC3\x89", "\xC3\xA9"));  // É, é
+  EXPECT_TRUE(AsciiEqualIgnoringCase("\xC3\x89", "\xC3\x89"));
+}
+
 }  // namespace
 }  // namespace tarn

@@ -271,6 +271,10 @@ bool IsAscii(std::string_view text) {
   return (accumulated & kHighBits) == 0;
 }
 
+bool AsciiEqualIgnoringCase(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && asciiEqualAt(a, 0, b);
+}
+
 std::string CaseFold(std::string_view text) {
   std::string folded;
   folded.reserve(text.size());

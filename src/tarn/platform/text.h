@@ -31,6 +31,11 @@ std::string CaseFold(std::string_view text);
 
 bool IsAscii(std::string_view text);
 
+// Equality with only the ASCII letters A-Z folded; every other byte must
+// match exactly, so "SS" never equals "ß". For matching the parts of a text
+// whose length in bytes must not change.
+bool AsciiEqualIgnoringCase(std::string_view a, std::string_view b);
+
 // A needle folded once and matched against many haystacks, for filters that
 // run over every entry on each keystroke. matches() allocates nothing when the
 // haystack is ASCII and, for haystacks of usual length, nothing otherwise either.

@@ -1,7 +1,8 @@
-// Case folding into a caller's buffer, for the ledger operations that tell
-// texts apart or order them case-insensitively over many entries: the folded
-// forms compare byte by byte exactly as CaseInsensitiveCompare orders the
-// texts. Nothing here is owned beyond the buffer the caller passes.
+// Case folding into a caller's buffer, for code that tells many texts apart
+// or orders them case-insensitively (the account's suggestion lists and
+// sorting): the folded forms compare byte by byte exactly as
+// CaseInsensitiveCompare orders the texts. Nothing here is owned beyond the
+// buffer the caller passes.
 #pragma once
 
 #include <string>
