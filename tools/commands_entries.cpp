@@ -266,13 +266,25 @@ std::shared_ptr<TARNAccountEntry> FindEntry(const OpenBook& book, const TARNAcco
   return entry;
 }
 
+// The book opened for a change, and the account and entry the options name.
+struct EntryInBook {
+  OpenBook book;
+  std::shared_ptr<TARNAccount> account;
+  std::shared_ptr<TARNAccountEntry> entry;
+};
+
+EntryInBook OpenEntry(const EntryOptions& options) {
+  EntryInBook found{OpenBook::ForChange(options.path), nullptr, nullptr};
+  found.account = found.book.account(options.account);
+  found.book.unlock(*found.account);
+  found.entry = FindEntry(found.book, *found.account, options);
+  return found;
+}
+
 void AddEdit(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
   auto options = std::make_shared<EntryOptions>();
   auto* command = AddCommand(app, chosen, "edit", "Change an entry", [options, &global]() {
-    auto book = OpenBook::ForChange(options->path);
-    auto account = book.account(options->account);
-    book.unlock(*account);
-    auto entry = FindEntry(book, *account, *options);
+    auto [book, account, entry] = OpenEntry(*options);
     std::shared_ptr<TARNAccount> target;
     if (!options->transferTo.empty()) {
       if (entry->IsLinked()) {
@@ -304,10 +316,7 @@ void AddVoidAndRemove(CLI::App& app, Chosen& chosen, const GlobalOptions& global
   auto options = std::make_shared<EntryOptions>();
   auto* voidCommand = AddCommand(app, chosen, "void", "Void an entry (and its transfer half)",
                                  [options, &global]() {
-                                   auto book = OpenBook::ForChange(options->path);
-                                   auto account = book.account(options->account);
-                                   book.unlock(*account);
-                                   auto entry = FindEntry(book, *account, *options);
+                                   auto [book, account, entry] = OpenEntry(*options);
                                    entry->SetVoid(!options->undo);
                                    SyncTransfer(*book, *entry);
                                    book.save();
@@ -320,10 +329,7 @@ void AddVoidAndRemove(CLI::App& app, Chosen& chosen, const GlobalOptions& global
   auto removeOptions = std::make_shared<EntryOptions>();
   auto* remove = AddCommand(app, chosen, "remove", "Remove an entry (and its transfer half)",
                             [removeOptions, &global]() {
-                              auto book = OpenBook::ForChange(removeOptions->path);
-                              auto account = book.account(removeOptions->account);
-                              book.unlock(*account);
-                              auto entry = FindEntry(book, *account, *removeOptions);
+                              auto [book, account, entry] = OpenEntry(*removeOptions);
                               auto mirror = LinkedEntry(*book, *entry);
                               RemoveEntryAndTransfer(*book, *account, entry);
                               book.save();

@@ -311,7 +311,7 @@ void AddReconcile(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
         const double difference = RoundValue(statement - resolved);
         ViewOptions view;
         view.reconcile = true;
-    view.limit = options->limit;
+        view.limit = options->limit;
         PrintView(*account, account->reconcileFilteredEntries(), view, global,
                   {fmt::format("Statement balance {}", FormatAmount(*account, statement)),
                    fmt::format("Resolved balance  {}", FormatAmount(*account, resolved)),
