@@ -189,6 +189,11 @@ TEST(PlistErrors, MalformedBinarySaysWhatIsWrong) {
       {{"\x4F\x13\x7F\xFF\xFF\xFF\xFF\xFF\xFF\xFF"}, 0, "truncated data at offset 18"},
       {{"\xD1\x01\x02", "\x10\x05", "\x09"}, 0, "dictionary key (object 1) is not a string"},
       {{"\x91"}, 0, "unknown object marker 0x91 at offset 8"},
+      // Found by fuzzing: nulls read as nil could not be written back.
+      {{"\x00"s}, 0, "null object at offset 8"},
+      {{"\xA1\x01", "\x00"s}, 0, "null object at offset 10"},
+      {{"\xD1\x01\x02", "\x51" "a", "\x00"s}, 0, "null object at offset 13"},
+      {{"\x0F"}, 0, "unknown object marker 0x0F at offset 8"},
       {{"\x09"}, 3, "top object out of range"}};
   // clang-format on
   for (const Case& c : cases) {
@@ -219,6 +224,54 @@ TEST(PlistErrors, MalformedBinarySaysWhatIsWrong) {
   for (int i = 0; i < 600; ++i) deep = Value(Array{deep});
   EXPECT_THROW(ToBinary(deep), FileError);
   EXPECT_THROW(ToXml(deep), FileError);
+}
+
+// Found by fuzzing: malformed UTF-8 (in a binary UTF-8 string or an XML
+// document) came through as it was, and the binary writer then changed it;
+// a NUL, which a binary file can hold, was cut off by the XML round trip; and
+// the two XML readers disagreed on a document holding a NUL byte.
+TEST(PlistErrors, StringsReadAsValidUtf8AndOnlyBinaryHoldsANul) {
+  // A stray Latin-1 byte, a valid e-acute, a surrogate and a truncated sequence.
+  const std::string malformed = "caf\xE9 \xC3\xA9 \xED\xA0\x80 \xF0\x9F";
+  const std::string fffd = "\xEF\xBF\xBD";
+  const Value expected(Dictionary{
+      {"k" + fffd, "caf" + fffd + " \xC3\xA9 " + fffd + fffd + fffd + " " + fffd + fffd}});
+  const std::string binary = handMadeBinary({"\xD1\x01\x02",
+                                             "\x72"
+                                             "k\xE9",
+                                             "\x7E" + malformed});
+  const std::string xml =
+      "<plist><dict><key>k\xE9</key><string>" + malformed + "</string></dict></plist>";
+  for (const std::string& bytes : {binary, xml}) {
+    const Value read = Parse(bytes);
+    EXPECT_EQ(read, expected);
+    EXPECT_EQ(ParseBinary(ToBinary(read)), expected);
+    EXPECT_EQ(ParseXml(ToXml(read)), expected);
+  }
+
+  const Value nul(Array{Value(std::string("a\0b", 3))});
+  EXPECT_EQ(ParseBinary(ToBinary(nul)), nul);
+  try {
+    ToXml(Value(Dictionary{{std::string("k\0", 2), 1}}));
+    ADD_FAILURE() << "a key holding U+0000 was written as XML";
+  } catch (const FileError& error) {
+    EXPECT_EQ(error.reason(), "a string holds the character U+0000, which XML cannot store");
+  }
+  EXPECT_THROW(ToXml(nul), FileError);
+
+  // An 8-bit XML document holding a NUL byte is refused by both XML readers
+  // alike; the in-place one used to accept a broken tag cut short by one.
+  for (const std::string& bytes :
+       {"<string>a</string>\0"s,
+        "w\x92^$<string/"
+        ">\xFF\xFF\xFF\xFF\xFF\xFF<\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E\x9E"
+        "a\x9E\x9Er\xFF"
+        "ay/\x00\x00\x00>"s}) {
+    std::string buffer = bytes;
+    EXPECT_THROW(ParseXml(bytes), FileError);
+    EXPECT_THROW(ParseXmlInPlace(buffer), FileError);
+  }
+  EXPECT_EQ(parseError("<string>a</string>\0"s), "NUL byte at offset 18");
 }
 
 // Other writers may store keys in any order, or one key twice. The reader

@@ -47,6 +47,14 @@ TEST(Text, ComparisonIgnoresCaseAndFoldsNonAsciiFully) {
   EXPECT_EQ(CaseFold("Straße ÉTÉ"), "strasse été");
   EXPECT_EQ(CaseFold("MIXED Case 42"), "mixed case 42");
   EXPECT_EQ(CaseFold("A\x80Z"), "a\x80z");
+  // Folding into a reused buffer: a long text first, so that a shorter one
+  // must not keep its tail, and non-ASCII after an ASCII prefix.
+  std::string buffer;
+  for (std::string_view text : {"A LONG ASCII NAME", "Straße ÉTÉ", "AB", ""}) {
+    FoldInto(text, buffer);
+    EXPECT_EQ(buffer, CaseFold(text)) << text;
+  }
+  EXPECT_EQ(buffer, "");
 }
 
 TEST(Text, ComparisonIsATotalOrderThatAgreesWithTheFoldedTexts) {

@@ -11,7 +11,6 @@
 #include "tarn/account/account.h"
 #include "tarn/account/account_folder.h"
 #include "tarn/model/account_entry.h"
-#include "tarn/platform/folded_text.h"
 #include "tarn/platform/text.h"
 
 namespace tarn {

@@ -17,7 +17,6 @@
 #include "tarn/account/ledger_entries.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/model/entry_type.h"
-#include "tarn/platform/folded_text.h"
 #include "tarn/platform/text.h"
 
 namespace tarn {

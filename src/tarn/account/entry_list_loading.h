@@ -1,6 +1,6 @@
 // Loading of entry and schedule lists from their stored arrays, shared by the
-// account and its folders so that both log the same lines. Internal to the
-// account module.
+// account and its folders so that both log the same lines.
+// Internal to the account module: not installed.
 #pragma once
 
 #include <memory>

@@ -2,6 +2,7 @@
 // folder's entries in folder order) without building the combined list, for
 // the ledger operations that only read. The account owns the entries; the
 // walk borrows them for the length of the call.
+// Internal to the account module: not installed.
 #pragma once
 
 #include <cstddef>

@@ -1,6 +1,7 @@
 // The register's reading order (date, then checks by check number ahead of
 // other entries, then entry number) as a flat key, so that long lists sort
 // without calling back into each entry. The entries are borrowed, not owned.
+// Internal to the account module: not installed.
 #pragma once
 
 #include <algorithm>

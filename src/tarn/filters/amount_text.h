@@ -2,6 +2,7 @@
 // decimals, no grouping, the user's decimal separator, halves rounded away
 // from zero. Written into a caller's buffer so that a filter run over many
 // entries formats without allocating.
+// Internal to the filters module: not installed.
 #pragma once
 
 #include <string>

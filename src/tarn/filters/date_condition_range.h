@@ -1,6 +1,7 @@
 // The dates a date condition accepts: its qualifier and numbers resolved
 // against today into a comparison with one date or a closed range. Resolved
 // once per filter run; a plain value that refers to nothing.
+// Internal to the filters module: not installed.
 #pragma once
 
 #include <cstdint>

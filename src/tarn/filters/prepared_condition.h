@@ -3,6 +3,7 @@
 // once, so that each entry costs only its comparison. Built from a condition
 // (which it does not keep) and used by conditions and groups for a single
 // run; it caches type and category look-ups for that run only.
+// Internal to the filters module: not installed.
 #pragma once
 
 #include <cstdint>

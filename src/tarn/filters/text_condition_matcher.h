@@ -2,6 +2,7 @@
 // its qualifier (is exactly, contains, starts with, ends with) and a quick
 // one-pass search for the common case of ASCII text on both sides. A value
 // held by a prepared condition for one run; refers to nothing.
+// Internal to the filters module: not installed.
 #pragma once
 
 #include <cstdint>

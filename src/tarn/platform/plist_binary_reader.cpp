@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tarn/platform/plist_file.h"
+#include "tarn/platform/utf8.h"
 
 namespace tarn::plist {
 namespace {
@@ -236,7 +237,9 @@ class BinaryReader {
       case 0x0:
         if (marker == 0x08) return Value(false);
         if (marker == 0x09) return Value(true);
-        if (marker == 0x00 || marker == 0x0F) return Value();
+        // A null cannot be stored again (writers skip nil), so a file
+        // holding one is refused rather than changed on its next save.
+        if (marker == 0x00) fail("null object at offset " + std::to_string(at));
         break;
       case 0x1:
         return Value(readInteger(at));
@@ -365,10 +368,13 @@ class BinaryReader {
         requireBytes(contents, count, 2, "string");
         charge(2 * count);
         return decodeUtf16BigEndian(data_ + contents, count);
-      case 0x7:  // UTF-8, as later versions of the format write
+      case 0x7: {  // UTF-8, as later versions of the format write
         requireBytes(contents, count, 1, "string");
         charge(count);
-        return std::string(reinterpret_cast<const char*>(data_ + contents), count);
+        std::string text(reinterpret_cast<const char*>(data_ + contents), count);
+        MakeValidUtf8(text);
+        return text;
+      }
     }
     fail("object " + std::to_string(ref) + " is not a string");
   }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tarn/platform/plist_file.h"
+#include "tarn/platform/utf8.h"
 
 namespace tarn::plist {
 namespace {
@@ -164,44 +165,18 @@ std::uint8_t* putBigEndian(std::uint8_t* p, std::uint64_t value, unsigned size) 
   return p + size;
 }
 
-// Decodes UTF-8 into UTF-16 code units. Malformed sequences (stray
-// continuation bytes, overlong forms, surrogates, values past U+10FFFF,
-// truncation) become U+FFFD, one per offending byte.
+// Decodes UTF-8 into UTF-16 code units; malformed bytes become U+FFFD
+// (utf8.h).
 void utf8ToUtf16(std::string_view text, std::vector<char16_t>& out) {
   out.clear();
-  const auto* p = reinterpret_cast<const std::uint8_t*>(text.data());
-  const std::size_t n = text.size();
-  for (std::size_t i = 0; i < n;) {
-    const std::uint32_t lead = p[i];
-    if (lead < 0x80) {
-      out.push_back(static_cast<char16_t>(lead));
-      ++i;
-      continue;
-    }
-    std::size_t length = 0;
-    std::uint32_t codePoint = 0;
-    std::uint32_t minimum = 0;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-      length = 2, codePoint = lead & 0x1F, minimum = 0x80;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-      length = 3, codePoint = lead & 0x0F, minimum = 0x800;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-      length = 4, codePoint = lead & 0x07, minimum = 0x10000;
-    }
-    bool valid = length != 0 && i + length <= n;
-    for (std::size_t k = 1; valid && k < length; ++k) {
-      if ((p[i + k] & 0xC0) != 0x80) valid = false;
-      codePoint = (codePoint << 6) | (p[i + k] & 0x3F);
-    }
-    if (valid && (codePoint < minimum || codePoint > 0x10FFFF ||
-                  (codePoint >= 0xD800 && codePoint <= 0xDFFF))) {
-      valid = false;
-    }
-    if (!valid) {
+  for (std::size_t i = 0; i < text.size();) {
+    const Utf8Sequence sequence = DecodeUtf8Sequence(text, i);
+    if (sequence.length == 0) {
       out.push_back(u'\uFFFD');
       ++i;
       continue;
     }
+    std::uint32_t codePoint = sequence.codePoint;
     if (codePoint >= 0x10000) {
       codePoint -= 0x10000;
       out.push_back(static_cast<char16_t>(0xD800 + (codePoint >> 10)));
@@ -209,7 +184,7 @@ void utf8ToUtf16(std::string_view text, std::vector<char16_t>& out) {
     } else {
       out.push_back(static_cast<char16_t>(codePoint));
     }
-    i += length;
+    i += sequence.length;
   }
 }
 

@@ -14,6 +14,7 @@
 
 #include "tarn/platform/calendar_date.h"
 #include "tarn/platform/plist_file.h"
+#include "tarn/platform/utf8.h"
 
 namespace tarn::plist {
 namespace {
@@ -32,7 +33,7 @@ constexpr std::int64_t kSeconds1970To2001 = 978307200;
 
 // Bytes that cannot appear as themselves in element text: markup characters,
 // carriage returns (XML readers turn them into line feeds) and the other C0
-// controls, which are written as character references.
+// controls, which are written as character references; U+0000 is refused.
 struct EscapeTable {
   bool needs[256] = {};
   constexpr EscapeTable() {
@@ -155,6 +156,11 @@ class XmlWriter {
         case '>':
           out_.append("&gt;");
           break;
+        case '\0':
+          // No XML document can hold U+0000, not even as a reference (a
+          // reader would cut the text there); the binary form can.
+          throw FileError("<memory>",
+                          "a string holds the character U+0000, which XML cannot store");
         default: {
           char reference[8] = "&#";
           auto end = std::to_chars(reference + 2, reference + 6, static_cast<int>(c)).ptr;
@@ -327,6 +333,8 @@ class XmlReader {
 
   // The text of an element: its embedded text, followed by any text and
   // CDATA children (text after a CDATA section becomes a child of its own).
+  // The text of a string or key, made valid UTF-8 (pugixml passes stray
+  // bytes of a UTF-8 document through as they are).
   static std::string text(pugi::xml_node element) {
     std::string result = element.value();
     for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
@@ -334,6 +342,7 @@ class XmlReader {
         result.append(child.value());
       }
     }
+    MakeValidUtf8(result);
     return result;
   }
   // The same without a copy when the text is all in one piece.
@@ -549,6 +558,22 @@ class XmlReader {
   const std::string& name_;
 };
 
+// pugixml reads an 8-bit document only up to its first NUL byte, and not in
+// the same way in place as from a copy (the in-place reader took a broken tag
+// cut short by a NUL). No XML text holds a NUL, so an 8-bit document with one
+// is refused; UTF-16 and UTF-32 documents, whose NUL bytes are parts of
+// characters, are converted by pugixml the same way in both readers.
+void refuseNulBytes(std::string_view bytes, const std::string& name) {
+  const bool wide = bytes.size() >= 2 && (bytes[0] == '\0' || bytes[1] == '\0' ||
+                                          (bytes[0] == '\xFE' && bytes[1] == '\xFF') ||
+                                          (bytes[0] == '\xFF' && bytes[1] == '\xFE'));
+  if (wide) return;
+  if (const void* nul = std::memchr(bytes.data(), 0, bytes.size())) {
+    const auto offset = static_cast<const char*>(nul) - bytes.data();
+    throw FileError(name, "NUL byte at offset " + std::to_string(offset));
+  }
+}
+
 Value readParsed(const pugi::xml_document& document, const pugi::xml_parse_result& result,
                  const std::string& name) {
   if (!result) {
@@ -573,6 +598,7 @@ std::string ToXml(const Value& value) {
 Value ParseXml(std::string_view bytes, const std::string& name) {
   BulkStorageScope bulk;
   if (bytes.empty()) throw FileError(name, "empty file");
+  refuseNulBytes(bytes, name);
   pugi::xml_document document;
   auto result = document.load_buffer(bytes.data(), bytes.size(), kParseOptions);
   return readParsed(document, result, name);
@@ -581,6 +607,7 @@ Value ParseXml(std::string_view bytes, const std::string& name) {
 Value ParseXmlInPlace(std::string& bytes, const std::string& name) {
   BulkStorageScope bulk;
   if (bytes.empty()) throw FileError(name, "empty file");
+  refuseNulBytes(bytes, name);
   pugi::xml_document document;
   auto result = document.load_buffer_inplace(bytes.data(), bytes.size(), kParseOptions);
   return readParsed(document, result, name);

@@ -28,6 +28,10 @@ bool CaseInsensitiveContains(std::string_view haystack, std::string_view needle,
 // The case-folded form of a text, for callers that fold one side once and
 // compare it against many.
 std::string CaseFold(std::string_view text);
+// The same into a caller's buffer, for code that folds many texts in a row
+// (the account's suggestion lists and sorting): the folded forms compare byte
+// by byte exactly as CaseInsensitiveCompare orders the texts.
+void FoldInto(std::string_view text, std::string& out);
 
 bool IsAscii(std::string_view text);
 
