@@ -612,6 +612,8 @@ class TARNAccount {
   // Sorts the selected folder (or the register) in place by a column, entry
   // number breaking ties.
   void SortBy(std::int32_t column, bool descending);
+  // The same order applied to any list of entries (a filtered view, say).
+  static void SortEntries(Entries& list, std::int32_t column, bool descending);
   // Orders of accounts for the host's list: 1, 0 or -1.
   int NameIsGreaterThan(const TARNAccount& other) const;
   int NameIsGreaterThan_Reversed(const TARNAccount& other) const;

@@ -99,7 +99,10 @@ int CompareValues(const T& a, const T& b) {
 
 void TARNAccount::SortBy(std::int32_t column, bool descending) {
   const std::shared_ptr<TARNAccountFolder> selected = folder();
-  Entries& list = selected ? selected->entries() : entries_;
+  SortEntries(selected ? selected->entries() : entries_, column, descending);
+}
+
+void TARNAccount::SortEntries(Entries& list, std::int32_t column, bool descending) {
   // The busiest columns sort on keys taken once per entry; they order
   // exactly as the entries' comparators do.
   switch (column) {
