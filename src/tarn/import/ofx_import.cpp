@@ -1,0 +1,367 @@
+// Reading the statements of a loaded OFX tree into account and entry
+// dictionaries.
+#include "tarn/import/ofx_import.h"
+
+#include <cmath>
+#include <unordered_set>
+
+#include "tarn/account/account_settings.h"
+#include "tarn/import/import_text_rules.h"
+#include "tarn/platform/bulk_storage.h"
+#include "tarn/platform/localized.h"
+
+namespace tarn {
+namespace {
+
+// The first child element of each name that a transaction reads, found in
+// one pass over its children.
+struct TransactionFields {
+  XMLNode type, dateUser, datePosted, amount, fitID, checkNumber, refNumber, memo, payee, name,
+      extendedName, loanAmount;
+
+  TransactionFields(XMLNode transaction, std::string_view typeName) {
+    for (XMLNode child = transaction.firstChild(); child; child = child.nextSibling()) {
+      if (child.type() != XMLNodeType::Element) continue;
+      const std::string_view name = child.string();
+      XMLNode* slot = nullptr;
+      if (name == typeName) {
+        slot = &type;
+      } else if (name == "DTUSER") {
+        slot = &dateUser;
+      } else if (name == "DTPOSTED") {
+        slot = &datePosted;
+      } else if (name == "TRNAMT") {
+        slot = &amount;
+      } else if (name == "FITID") {
+        slot = &fitID;
+      } else if (name == "CHECKNUM") {
+        slot = &checkNumber;
+      } else if (name == "REFNUM") {
+        slot = &refNumber;
+      } else if (name == "MEMO") {
+        slot = &memo;
+      } else if (name == "PAYEE") {
+        slot = &payee;
+      } else if (name == "NAME") {
+        slot = &this->name;
+      } else if (name == "EXTDNAME") {
+        slot = &extendedName;
+      } else if (name == "LOANTRNAMT") {
+        slot = &loanAmount;
+      }
+      if (slot && !*slot) *slot = child;
+    }
+  }
+};
+
+// The text of an element that holds exactly one child, a text; nullopt for
+// any other element or none.
+std::optional<std::string_view> simpleText(XMLNode element) {
+  if (!element || !element.isSimpleText()) return std::nullopt;
+  return element.firstChild().string();
+}
+
+const char* swapKey(std::int32_t option) {
+  switch (option) {
+    case kOFXSwapCategory:
+      return "category";
+    case kOFXSwapToFrom:
+      return "toFrom";
+    case kOFXSwapDescription:
+      return "description";
+    case kOFXSwapType:
+      return "type";
+    case kOFXSwapNotes:
+      return "notes";
+    case kOFXSwapNumber:
+      return "number";
+    default:
+      return nullptr;
+  }
+}
+
+void putSwapped(plist::Dictionary& entry, std::int32_t option, std::string_view text) {
+  const char* key = swapKey(option);
+  if (!key) return;
+  if (option == kOFXSwapNumber) {
+    entry.insert_or_assign(key, plist::Value(LeadingInt32(text)));
+  } else {
+    entry.insert_or_assign(key, plist::Value(text));
+  }
+}
+
+std::string_view characterOfEntity(std::string_view name) {
+  if (name == "amp") return "&";
+  if (name == "lt") return "<";
+  if (name == "gt") return ">";
+  if (name == "quot") return "\"";
+  if (name == "apos") return "'";
+  return {};
+}
+
+}  // namespace
+
+TARNOFXImport::TARNOFXImport() = default;
+
+void TARNOFXImport::setXMLTree(std::unique_ptr<OFXXMLTree> tree) {
+  tree_ = std::move(tree);
+  tolerant_ = false;
+}
+
+void TARNOFXImport::SetDecimalSeparator(std::optional<std::string> separator) {
+  if (separator) decimalSeparator_ = std::move(*separator);
+}
+
+void TARNOFXImport::SetThousandsSeparator(std::optional<std::string> separator) {
+  if (separator) thousandsSeparator_ = std::move(*separator);
+}
+
+void TARNOFXImport::SetOptions(const OFXImportSettings& settings) {
+  importZeroAmountsAsDeposits_ = settings.zeroAmountsAsDeposits;
+  swapOptions_Name_ = settings.swapName;
+  swapOptions_Payee_ = settings.swapPayee;
+  swapOptions_Memo_ = settings.swapMemo;
+  swapOptions_Type_ = settings.swapTransactionType;
+  swapOptions_RefNum_ = settings.swapReferenceNumber;
+}
+
+std::string TARNOFXImport::TweakAmountString(std::string_view text) const {
+  return tarn::TweakAmountString(text, decimalSeparator_, thousandsSeparator_);
+}
+
+DateComponents TARNOFXImport::DateStringComponents(std::string_view text) const {
+  return tarn::DateStringComponents(text, dateFormatString_);
+}
+
+double TARNOFXImport::amountOfText(std::string_view text) const {
+  return LeadingDecimalNumber(TweakAmountString(text));
+}
+
+DateNumber TARNOFXImport::DateStringToDateNumber(std::string_view text) const {
+  DateNumber number = 0;
+  int digits = 0;
+  for (char c : text) {
+    if (c < '0' || c > '9') continue;
+    number = number * 10 + (c - '0');
+    if (++digits == 8) return number;
+  }
+  return CalendarDate::now().dateNumber();
+}
+
+std::string TARNOFXImport::joinedText(XMLNode element, bool keepAmpersands) const {
+  std::string text;
+  for (XMLNode child = element.firstChild(); child; child = child.nextSibling()) {
+    if (child.type() == XMLNodeType::Text) {
+      text.append(child.string());
+    } else if (child.type() == XMLNodeType::EntityReference) {
+      if (tolerant_) {
+        text.append(characterOfEntity(child.string()));
+      } else if (keepAmpersands && child.string() == "amp") {
+        text.push_back('&');
+      }
+    }
+  }
+  return text;
+}
+
+plist::Value TARNOFXImport::parse() const {
+  BulkStorageScope bulk;
+  plist::Array accounts = Accounts();
+  plist::Array types = EntryTypesInAccounts(accounts);
+  plist::Dictionary result;
+  result.appendSorted("accounts", std::move(accounts));
+  result.appendSorted("types", std::move(types));
+  return result;
+}
+
+plist::Array TARNOFXImport::Accounts() const {
+  plist::Array accounts;
+  if (!tree_) return accounts;
+  const XMLNode ofx = BKXMLTreeAtPath(tree_->document(), "/OFX");
+  if (!ofx) return accounts;
+  for (XMLNode child = ofx.firstChild(); child; child = child.nextSibling()) {
+    if (child.type() != XMLNodeType::Element) continue;
+    const std::string_view name = child.string();
+    plist::Value account;
+    if (name == "BANKMSGSRSV1") {
+      account = BankStatementAggregateToAccount(BKXMLTreeAtPath(child, "STMTTRNRS/STMTRS"));
+    } else if (name == "CREDITCARDMSGSRSV1") {
+      account =
+          CreditCardStatementAggregateToAccount(BKXMLTreeAtPath(child, "CCSTMTTRNRS/CCSTMTRS"));
+    } else if (name == "LOANMSGSRSV1") {
+      account = LoanStatementAggregateToAccount(BKXMLTreeAtPath(child, "LOANSTMTTRNRS/LOANSTMTRS"));
+    }
+    if (!account.isNil()) accounts.push_back(std::move(account));
+  }
+  return accounts;
+}
+
+plist::Value TARNOFXImport::BankStatementAggregateToAccount(XMLNode statement) const {
+  return statementToAccount(statement, "BANKACCTFROM/ACCTID", "BANKTRANLIST", "STMTTRN", false);
+}
+
+plist::Value TARNOFXImport::CreditCardStatementAggregateToAccount(XMLNode statement) const {
+  return statementToAccount(statement, "CCACCTFROM/ACCTID", "BANKTRANLIST", "STMTTRN", false);
+}
+
+plist::Value TARNOFXImport::LoanStatementAggregateToAccount(XMLNode statement) const {
+  return statementToAccount(statement, "LOANACCTFROM/LOANACCTID", "LOANTRANLIST", "LOANSTMTTRN",
+                            true);
+}
+
+plist::Value TARNOFXImport::statementToAccount(XMLNode statement, std::string_view accountPath,
+                                               std::string_view listName,
+                                               std::string_view transactionName, bool loan) const {
+  if (!statement) return {};
+  plist::Dictionary account;
+  if (const auto accountID = simpleText(BKXMLTreeAtPath(statement, accountPath))) {
+    account.insert_or_assign("accountID", plist::Value(*accountID));
+  }
+  if (const auto currency = simpleText(BKXMLTreeAtPath(statement, "CURDEF"))) {
+    account.insert_or_assign("currency", plist::Value(*currency));
+  }
+  plist::Array entries;
+  const XMLNode list = BKXMLTreeAtPath(statement, listName);
+  if (list) {
+    for (XMLNode child = list.firstChild(); child; child = child.nextSibling()) {
+      if (child.type() != XMLNodeType::Element || child.string() != transactionName) continue;
+      entries.push_back(transactionToEntry(child, loan));
+    }
+  }
+  account.insert_or_assign("entries", std::move(entries));
+  return account;
+}
+
+plist::Value TARNOFXImport::BankTransactionAggregateToEntry(XMLNode transaction) const {
+  if (!transaction) return {};
+  return transactionToEntry(transaction, false);
+}
+
+plist::Value TARNOFXImport::LoanTransactionAggregateToEntry(XMLNode transaction) const {
+  if (!transaction) return {};
+  return transactionToEntry(transaction, true);
+}
+
+plist::Value TARNOFXImport::transactionToEntry(XMLNode transaction, bool loan) const {
+  const TransactionFields fields(transaction, loan ? "LOANTRNTYPE" : "TRNTYPE");
+  plist::Dictionary entry;
+  if (swapOptions_Type_ != kOFXSwapNotRead) {
+    if (const auto type = simpleText(fields.type)) putSwapped(entry, swapOptions_Type_, *type);
+  }
+  // DTUSER wins when present, even when it cannot be read.
+  if (const auto date = simpleText(fields.dateUser ? fields.dateUser : fields.datePosted)) {
+    entry.insert_or_assign("date", plist::Value(DateStringToDateNumber(*date)));
+  }
+  entry.insert_or_assign("cleared", plist::Value(static_cast<bool>(fields.datePosted)));
+  if (const auto text = simpleText(fields.amount)) {
+    const double amount = amountOfText(*text);
+    entry.insert_or_assign("amount", plist::Value(amount));
+    const bool isDeposit = amount == 0.0 ? importZeroAmountsAsDeposits_ : amount > 0.0;
+    entry.insert_or_assign("isDeposit", plist::Value(isDeposit));
+  }
+  if (loan) {
+    entry.insert_or_assign("splits", loanSplits(fields.loanAmount));
+  }
+  if (const auto fitID = simpleText(fields.fitID)) {
+    entry.insert_or_assign("fitID", plist::Value(*fitID));
+  }
+  if (const auto number = simpleText(fields.checkNumber)) {
+    entry.insert_or_assign("number", plist::Value(LeadingInt32(*number)));
+  }
+  if (swapOptions_RefNum_ != kOFXSwapNotRead) {
+    if (const auto reference = simpleText(fields.refNumber)) {
+      putSwapped(entry, swapOptions_RefNum_, *reference);
+    }
+  }
+  if (swapOptions_Memo_ != kOFXSwapNotRead && fields.memo) {
+    putSwapped(entry, swapOptions_Memo_, joinedText(fields.memo, true));
+  }
+  if (swapOptions_Payee_ != kOFXSwapNotRead) {
+    if (const XMLNode payeeName = BKXMLTreeAtPath(fields.payee, "NAME")) {
+      putSwapped(entry, swapOptions_Payee_, joinedText(payeeName, false));
+    }
+  }
+  if (swapOptions_Name_ != kOFXSwapNotRead) {
+    if (const XMLNode name = fields.extendedName ? fields.extendedName : fields.name) {
+      putSwapped(entry, swapOptions_Name_, joinedText(name, false));
+    }
+  }
+  return entry;
+}
+
+plist::Array TARNOFXImport::loanSplits(XMLNode loanAmount) const {
+  plist::Array splits;
+  if (!loanAmount) return splits;
+  // A part counts when it is an element holding exactly one child.
+  const auto part = [&](XMLNode parent, std::string_view path) -> std::optional<double> {
+    const XMLNode element = BKXMLTreeAtPath(parent, path);
+    if (!element) return std::nullopt;
+    const XMLNode child = element.firstChild();
+    if (!child || child.nextSibling()) return std::nullopt;
+    return amountOfText(child.type() == XMLNodeType::Text ? child.string() : std::string_view());
+  };
+  const auto addSplit = [&](const char* label, double amount) {
+    plist::Dictionary split;
+    split.appendSorted("amount", amount);
+    split.appendSorted("description", Localized(label));
+    splits.push_back(std::move(split));
+  };
+  if (const auto principal = part(loanAmount, "PRINAMT")) addSplit("Principal", *principal);
+  if (const auto interest = part(loanAmount, "INTAMT")) addSplit("Interest", *interest);
+  if (const auto insurance = part(loanAmount, "INSURANCE")) addSplit("Insurance", *insurance);
+
+  const XMLNode escrow = BKXMLTreeAtPath(loanAmount, "ESCRWAMT");
+  const std::optional<double> total = part(escrow, "ESCRWTOTAL");
+  if (!total || *total == 0.0) return splits;
+  static constexpr std::pair<const char*, const char*> kEscrowParts[] = {
+      {"ESCRWTAX", "Escrow Tax"},
+      {"ESCRWINS", "Escrow Insurance"},
+      {"ESCRWPMI", "Escrow PMI"},
+      {"ESCRWFEES", "Escrow Fees"},
+      {"ESCRWOTHER", "Escrow Other"}};
+  double amounts[5];
+  double sum = 0.0;
+  for (int i = 0; i < 5; ++i) {
+    amounts[i] = part(escrow, kEscrowParts[i].first).value_or(0.0);
+    sum += amounts[i];
+  }
+  // What the parts leave of the total goes to the other escrow.
+  if (sum != *total) amounts[4] += *total - sum;
+  for (int i = 0; i < 5; ++i) {
+    if (amounts[i] != 0.0) addSplit(kEscrowParts[i].second, amounts[i]);
+  }
+  return splits;
+}
+
+plist::Array TARNOFXImport::EntryTypesInAccounts(const plist::Array& accounts) const {
+  struct TypeKey {
+    std::string_view name;
+    bool isDeposit;
+    bool operator==(const TypeKey&) const = default;
+  };
+  struct TypeKeyHash {
+    std::size_t operator()(const TypeKey& key) const {
+      return std::hash<std::string_view>()(key.name) ^ (key.isDeposit ? 0x9e3779b9u : 0u);
+    }
+  };
+  std::unordered_set<TypeKey, TypeKeyHash> seen;
+  plist::Array types;
+  for (const plist::Value& account : accounts) {
+    const plist::Value* entries = account.find("entries");
+    if (!entries) continue;
+    for (const plist::Value& entry : entries->arrayValue()) {
+      const plist::Value* type = entry.find("type");
+      if (!type || !type->isString()) continue;
+      const plist::Value* deposit = entry.find("isDeposit");
+      const bool isDeposit = deposit && deposit->boolValue();
+      if (!seen.insert({type->stringValue(), isDeposit}).second) continue;
+      plist::Dictionary pair;
+      pair.appendSorted("isDeposit", isDeposit);
+      pair.appendSorted("name", type->stringValue());
+      types.push_back(std::move(pair));
+    }
+  }
+  return types;
+}
+
+}  // namespace tarn
