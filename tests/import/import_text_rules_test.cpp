@@ -1,0 +1,126 @@
+#include "tarn/import/import_text_rules.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+namespace tarn {
+namespace {
+
+TEST(ImportTextRules, TweakAmountStringCleansBracketsSeparatorsAndMarks) {
+  struct Row {
+    const char* text;
+    const char* decimal;
+    const char* thousands;
+    const char* expected;
+  };
+  const Row rows[] = {
+      {"(1,234.50)", ".", ",", "-1234.50"},
+      {" 1.234,56 ", ",", ".", "1234.56"},
+      {"$ 12.00 USD", ".", ",", "12.00"},
+      {"$(5.00)", ".", ",", "5.00"},  // a sign before the bracket keeps it positive
+      {"+3", ".", ",", "3"},
+      {"()", ".", ",", "-"},
+      {"(", ".", ",", ""},
+      {"\u00a0(7)\u2003", ".", ",", "-7"},  // Unicode blanks are trimmed before the brackets
+      {"1 000,5", ",", " ", "1000.5"},
+      {"\u0661\u0662\u066b\u0665", "\u066b", "\u066c", "\u0661\u0662.\u0665"},  // Arabic-Indic
+      {"1axb5", "ab", "x", "1.5"},      // thousands go first, so their removal can join a decimal
+      {"1,000.25", "", "", "1000.25"},  // empty separators match nothing
+      {"12'345.00", ".", "'", "12345.00"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(TweakAmountString(row.text, row.decimal, row.thousands), row.expected) << row.text;
+  }
+}
+
+TEST(ImportTextRules, LeadingNumbersReadTheLongestPrefix) {
+  const std::pair<const char*, double> decimals[] = {
+      {"-1234.50", -1234.5}, {"12.34.56", 12.34}, {"--5", 0.0},   {"5-3", 5.0},
+      {".5", 0.5},           {"-.5", -0.5},       {".", 0.0},     {"", 0.0},
+      {"7.", 7.0},           {" 2.5", 2.5},       {"-", 0.0},     {"\u0661\u0662.\u0665", 12.5},
+      {"0.1", 0.1},          {"abc", 0.0},        {"+4.25", 4.25}};
+  for (auto [text, expected] : decimals) {
+    EXPECT_DOUBLE_EQ(LeadingDecimalNumber(text), expected) << text;
+  }
+  EXPECT_EQ(LeadingDecimalNumber("1" + std::string(400, '0')),
+            std::numeric_limits<double>::infinity());
+  EXPECT_EQ(LeadingDecimalNumber("-1" + std::string(400, '0') + ".5"),
+            -std::numeric_limits<double>::infinity());
+  EXPECT_EQ(LeadingDecimalNumber("0." + std::string(400, '0') + "1"), 0.0);
+
+  const std::pair<const char*, std::int32_t> integers[] = {
+      {"1001", 1001},
+      {"check", 0},
+      {" 42x", 42},
+      {"+7", 7},
+      {"-12", -12},
+      {"99999999999", std::numeric_limits<std::int32_t>::max()},
+      {"-99999999999", std::numeric_limits<std::int32_t>::min()},
+      {"2147483647", std::numeric_limits<std::int32_t>::max()},
+      {"-2147483648", std::numeric_limits<std::int32_t>::min()}};
+  for (auto [text, expected] : integers) EXPECT_EQ(LeadingInt32(text), expected) << text;
+}
+
+class ImportDateRules : public ::testing::Test {
+ protected:
+  void SetUp() override { CalendarDate::overrideNow(CalendarDate(2007, 3, 15)); }
+  void TearDown() override { CalendarDate::overrideNow(std::nullopt); }
+};
+
+TEST_F(ImportDateRules, DateStringComponentsFollowSeparatorsLengthAndFormat) {
+  struct Row {
+    const char* text;
+    const char* format;
+    DateComponents expected;
+  };
+  const Row rows[] = {
+      {"1/ 5'98", "%m/%d/%y", {1, 5, 98}},
+      {"2005-01-15", "%Y/%m/%d", {2005, 1, 15}},
+      {"15.01.2005", "%d/%m/%Y", {15, 1, 2005}},
+      {"1/5", "%m/%d/%y", {1, 5, 0}},  // missing numbers are 0
+      {"99999999999/1/1", "%m/%d/%y", {std::numeric_limits<std::int32_t>::max(), 1, 1}},
+      {"011505", "%m/%d/%y", {1, 15, 5}},
+      {"1 5 98", "%m/%d/%y", {1, 5, 98}},  // blanks are no separators: cut in pairs
+      {"01152005", "%m/%d/%Y", {1, 15, 2005}},
+      {"20050115", "%Y/%m/%d", {2005, 1, 15}},
+      {"01200515", "%m/%Y/%d", {1, 2005, 15}},
+      {"20050115", "%y/%m/%d", {2005, 1, 15}},        // the year letter is found in either case
+      {"\u00e91234567", "%m/%d/%Y", {0, 23, 4567}},  // characters, not bytes
+      // No year in the format: today written in the format, cut in pairs.
+      {"01152005", "%m/%d", {3, 0, 5}},
+      // Neither separators nor a known length: today.
+      {"yesterday", "%m/%d/%y", {3, 15, 7}},
+      {"", "%d/%m/%Y", {15, 3, 2007}},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(DateStringComponents(row.text, row.format), row.expected)
+        << row.text << " in " << row.format;
+  }
+  EXPECT_EQ(TweakDateString("1/5'03", "%m/%d/%y"), "1/5/3");
+  EXPECT_EQ(TweakDateString("2005-01-15", "%Y/%m/%d"), "2005/1/15");
+}
+
+TEST_F(ImportDateRules, ImportDateNumberReducesTwoDigitYearsOnly) {
+  struct Row {
+    const char* text;
+    const char* format;
+    DateNumber expected;
+  };
+  const Row rows[] = {
+      {"1/5'03", "%m/%d/%y", 20030105},     {"1/5/2003", "%m/%d/%y", 20030105},
+      {"12/31/1999", "%m/%d/%y", 19991231}, {"1/5/2003", "%m/%d/%Y", 20030105},
+      {"1/5/03", "%m/%d/%Y", 30105},        {"13/45/03", "%m/%d/%y", 0},
+      {"15.01.2005", "%d/%m/%Y", 20050115}, {"2/29/2007", "%m/%d/%Y", 0},
+      {"garbage", "%m/%d/%y", 20070315},    {"1-5-3", "%m-%d-%y", 0},  // the text read uses "/"
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(ImportDateNumber(row.text, row.format), row.expected)
+        << row.text << " in " << row.format;
+  }
+}
+
+}  // namespace
+}  // namespace tarn
