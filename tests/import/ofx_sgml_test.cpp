@@ -35,8 +35,7 @@ TEST(OFXEndTags, ElementsGetTheirEndTagsAndWhiteSpaceBetweenTagsGoes) {
       {"text only", "text only"},
   };
   for (const Case& c : cases) {
-    EXPECT_EQ(TARNOFXImport::addMissingEndTagsToElementsInString(c.input), c.expected)
-        << c.input;
+    EXPECT_EQ(TARNOFXImport::addMissingEndTagsToElementsInString(c.input), c.expected) << c.input;
   }
 }
 

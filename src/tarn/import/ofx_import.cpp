@@ -165,7 +165,7 @@ std::string TARNOFXImport::joinedText(XMLNode element, bool keepAmpersands) cons
 }
 
 plist::Value TARNOFXImport::parse() const {
-  BulkStorageScope bulk;
+  plist::BulkStorageScope bulk;
   plist::Array accounts = Accounts();
   plist::Array types = EntryTypesInAccounts(accounts);
   plist::Dictionary result;

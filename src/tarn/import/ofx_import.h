@@ -39,20 +39,20 @@ inline constexpr std::int32_t kOFXSwapNumber = 5;
 // Why a file did not load.
 enum class OFXLoadFailure {
   None,
-  Unreadable,    // the file could not be read
-  TooShort,      // fewer than 8 bytes
-  NoOFXStart,    // no "<OFX>"
-  NoOFXEnd,      // no "</OFX>" after it
-  EmptyOFX,      // nothing between "<OFX>" and "</OFX>"
-  Undecodable,   // the bytes are not valid in the encoding the header names
-  XMLRejected,   // the XML parser rejected the document
+  Unreadable,   // the file could not be read
+  TooShort,     // fewer than 8 bytes
+  NoOFXStart,   // no "<OFX>"
+  NoOFXEnd,     // no "</OFX>" after it
+  EmptyOFX,     // nothing between "<OFX>" and "</OFX>"
+  Undecodable,  // the bytes are not valid in the encoding the header names
+  XMLRejected,  // the XML parser rejected the document
 };
 
 struct OFXLoadError {
   OFXLoadFailure failure = OFXLoadFailure::None;
-  std::string detail;       // the encoding, or the XML parser's reason
-  std::size_t offset = 0;   // XMLRejected: byte offset in the XML text parsed
-  bool tolerant = false;    // the failure came from the tolerant reading
+  std::string detail;      // the encoding, or the XML parser's reason
+  std::size_t offset = 0;  // XMLRejected: byte offset in the XML text parsed
+  bool tolerant = false;   // the failure came from the tolerant reading
 
   // One sentence for the user, naming the reason (and the offset).
   std::string description() const;

@@ -22,7 +22,9 @@ std::string_view trimmed(std::string_view text) {
   return text;
 }
 
-bool isWhiteSpaceOnly(std::string_view text) { return trimmed(text).empty(); }
+bool isWhiteSpaceOnly(std::string_view text) {
+  return trimmed(text).empty();
+}
 
 bool startsWithCaseInsensitive(std::string_view text, std::string_view prefix) {
   if (text.size() < prefix.size()) return false;
@@ -36,7 +38,8 @@ bool startsWithCaseInsensitive(std::string_view text, std::string_view prefix) {
 
 // "<?xml " anywhere, letters in any case.
 bool containsXmlDeclaration(std::string_view text) {
-  for (std::size_t at = text.find("<?"); at != std::string_view::npos; at = text.find("<?", at + 1)) {
+  for (std::size_t at = text.find("<?"); at != std::string_view::npos;
+       at = text.find("<?", at + 1)) {
     if (startsWithCaseInsensitive(text.substr(at + 2), "xml ")) return true;
   }
   return false;
@@ -135,9 +138,8 @@ std::optional<std::string> decode(std::string_view bytes, StringEncoding encodin
   return DecodeToUtf8(bytes, encoding);
 }
 
-std::shared_ptr<TARNOFXImport> failed(OFXLoadError* error, OFXLoadFailure failure,
-                                      bool tolerant, std::string detail = {},
-                                      std::size_t offset = 0) {
+std::shared_ptr<TARNOFXImport> failed(OFXLoadError* error, OFXLoadFailure failure, bool tolerant,
+                                      std::string detail = {}, std::size_t offset = 0) {
   if (error) *error = {failure, std::move(detail), offset, tolerant};
   return nullptr;
 }
@@ -161,8 +163,7 @@ std::string OFXLoadError::description() const {
     case OFXLoadFailure::Undecodable:
       return "The file's text is not valid " + (detail.empty() ? "in its encoding" : detail) + ".";
     case OFXLoadFailure::XMLRejected:
-      return "The file's XML was rejected at byte " + std::to_string(offset) + ": " + detail +
-             ".";
+      return "The file's XML was rejected at byte " + std::to_string(offset) + ": " + detail + ".";
   }
   return {};
 }
@@ -171,8 +172,9 @@ std::shared_ptr<TARNOFXImport> TARNOFXImport::initWithContentsOfFile(const std::
   return initWithContentsOfFile(path, OFXLoadOptions{}, nullptr);
 }
 
-std::shared_ptr<TARNOFXImport> TARNOFXImport::initWithContentsOfFile(
-    const std::string& path, const OFXLoadOptions& options, OFXLoadError* error) {
+std::shared_ptr<TARNOFXImport> TARNOFXImport::initWithContentsOfFile(const std::string& path,
+                                                                     const OFXLoadOptions& options,
+                                                                     OFXLoadError* error) {
   std::ifstream file(path, std::ios::binary);
   if (!file) return failed(error, OFXLoadFailure::Unreadable, options.tolerant, path);
   file.seekg(0, std::ios::end);
@@ -196,8 +198,8 @@ std::shared_ptr<TARNOFXImport> TARNOFXImport::loadFromBytes(std::string bytes,
   // A first reading, enough to tell the two forms apart and to find the
   // OFX 1 header: UTF-16 after its byte-order mark, else the bytes as UTF-8
   // (the markers looked for are ASCII, so no byte need be valid).
-  const bool utf16 = (bytes[0] == '\xFE' && bytes[1] == '\xFF') ||
-                     (bytes[0] == '\xFF' && bytes[1] == '\xFE');
+  const bool utf16 =
+      (bytes[0] == '\xFE' && bytes[1] == '\xFF') || (bytes[0] == '\xFF' && bytes[1] == '\xFE');
   std::optional<std::string> firstText;
   if (utf16) {
     firstText = DecodeToUtf8(bytes, kUnicodeStringEncoding);
@@ -207,15 +209,19 @@ std::shared_ptr<TARNOFXImport> TARNOFXImport::loadFromBytes(std::string bytes,
 
   XMLParseError xmlError;
   if (containsXmlDeclaration(first)) {
-    std::unique_ptr<OFXXMLTree> tree = OFXXMLTree::Parse(std::move(bytes), tolerant, &xmlError);
-    if (!tree) {
-      return failed(error, OFXLoadFailure::XMLRejected, tolerant, xmlError.reason,
-                    xmlError.offset);
+    // The tolerant reading gives a rejected OFX 2 file a second chance as
+    // OFX 1: some banks put an XML declaration over SGML without end tags.
+    std::unique_ptr<OFXXMLTree> tree =
+        OFXXMLTree::Parse(tolerant ? bytes : std::move(bytes), tolerant, &xmlError);
+    if (tree) {
+      auto importer = std::make_shared<TARNOFXImport>();
+      importer->setXMLTree(std::move(tree));
+      importer->tolerant_ = tolerant;
+      return importer;
     }
-    auto importer = std::make_shared<TARNOFXImport>();
-    importer->setXMLTree(std::move(tree));
-    importer->tolerant_ = tolerant;
-    return importer;
+    if (!tolerant) {
+      return failed(error, OFXLoadFailure::XMLRejected, tolerant, xmlError.reason, xmlError.offset);
+    }
   }
 
   const std::size_t start = first.find("<OFX>");
@@ -230,6 +236,12 @@ std::shared_ptr<TARNOFXImport> TARNOFXImport::loadFromBytes(std::string bytes,
     encoding = kUTF8StringEncoding;
   }
   std::optional<std::string> text = decode(bytes, encoding, isAscii);
+  // It also falls back to Windows-1252, which reads every byte, when the
+  // header names an encoding the bytes are not in.
+  if (!text && tolerant && encoding != kWindowsCP1252StringEncoding) {
+    encoding = kWindowsCP1252StringEncoding;
+    text = decode(bytes, encoding, isAscii);
+  }
   if (!text) {
     return failed(error, OFXLoadFailure::Undecodable, tolerant, NameOfStringEncoding(encoding));
   }
@@ -252,9 +264,9 @@ std::shared_ptr<TARNOFXImport> TARNOFXImport::loadFromBytes(std::string bytes,
   // encoding, which it reads as UTF-8 (or UTF-16, after a byte-order mark);
   // the tolerant reading hands it the text as decoded.
   if (!tolerant) {
-    std::optional<std::string> encoded =
-        isAscii && isAsciiCompatible(encoding) ? std::optional<std::string>(std::move(escaped))
-                                               : EncodeFromUtf8(escaped, encoding);
+    std::optional<std::string> encoded = isAscii && isAsciiCompatible(encoding)
+                                             ? std::optional<std::string>(std::move(escaped))
+                                             : EncodeFromUtf8(escaped, encoding);
     if (!encoded) {
       return failed(error, OFXLoadFailure::Undecodable, tolerant, NameOfStringEncoding(encoding));
     }

@@ -49,7 +49,9 @@ XMLNode BKXMLTreeAtPath(XMLNode tree, std::string_view path) {
 
 namespace {
 
-bool isXmlWhiteSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
+bool isXmlWhiteSpace(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
 
 bool isWhiteSpaceOnly(std::string_view text) {
   for (char c : text) {
@@ -155,8 +157,8 @@ bool documentTextInUtf8(std::string& bytes, bool preferUtf8, XMLParseError& erro
   if (view.substr(0, 3) == "\xEF\xBB\xBF") {
     bytes.erase(0, 3);
   } else if (view.substr(0, 2) == "\xFE\xFF" || view.substr(0, 2) == "\xFF\xFE") {
-    const StringEncoding encoding = view[0] == '\xFE' ? kUTF16BigEndianStringEncoding
-                                                      : kUTF16LittleEndianStringEncoding;
+    const StringEncoding encoding =
+        view[0] == '\xFE' ? kUTF16BigEndianStringEncoding : kUTF16LittleEndianStringEncoding;
     std::optional<std::string> text = DecodeToUtf8(view.substr(2), encoding);
     if (!text) {
       error = {"the text is not valid UTF-16", 0};
@@ -170,12 +172,17 @@ bool documentTextInUtf8(std::string& bytes, bool preferUtf8, XMLParseError& erro
       error = {"the declared encoding \"" + std::string(declared) + "\" is not supported", 0};
       return false;
     }
-    if (*encoding != kUTF8StringEncoding) {
-      // Text in ASCII reads the same in every encoding that declarations name
-      // in practice; only other text needs converting.
-      if (!IsAscii(view) || *encoding == kUnicodeStringEncoding ||
-          *encoding == kUTF16BigEndianStringEncoding ||
-          *encoding == kUTF16LittleEndianStringEncoding) {
+    // A declaration read in single bytes cannot be in UTF-16 or UTF-32: the
+    // bytes themselves say which family the encoding belongs to, as XML's
+    // own detection of encodings has it, so such a declaration is ignored.
+    const bool wideDeclared =
+        *encoding == kUnicodeStringEncoding || *encoding == kUTF16BigEndianStringEncoding ||
+        *encoding == kUTF16LittleEndianStringEncoding || *encoding == kUTF32StringEncoding ||
+        *encoding == kUTF32BigEndianStringEncoding || *encoding == kUTF32LittleEndianStringEncoding;
+    if (*encoding != kUTF8StringEncoding && !wideDeclared) {
+      // Text in ASCII reads the same in every other encoding that
+      // declarations name in practice; only other text needs converting.
+      if (!IsAscii(view)) {
         std::optional<std::string> text = DecodeToUtf8(view, *encoding);
         if (!text) {
           error = {"the text is not valid " + std::string(declared), 0};
@@ -328,8 +335,9 @@ class OFXXMLTreeBuilder {
         addText(character, false);
       } else {
         flushText(parent, lastChild);
-        appendChild(parent, lastChild,
-                    addNode(XMLNodeType::EntityReference, text.substr(amp + 1, reference.name.size())));
+        appendChild(
+            parent, lastChild,
+            addNode(XMLNodeType::EntityReference, text.substr(amp + 1, reference.name.size())));
       }
       start = amp + 1 + reference.length;
     }

@@ -86,7 +86,9 @@ class OFXXMLTree {
   std::vector<Node> nodes_;
 };
 
-inline XMLNodeType XMLNode::type() const { return tree_->nodes_[index_].type; }
+inline XMLNodeType XMLNode::type() const {
+  return tree_->nodes_[index_].type;
+}
 inline std::string_view XMLNode::string() const {
   const OFXXMLTree::Node& node = tree_->nodes_[index_];
   return std::string_view(tree_->text_).substr(node.offset, node.length);
