@@ -150,6 +150,24 @@ TEST(OFXImportLoading, AmpersandsFaithfullyAndTolerantly) {
   EXPECT_FALSE(load(ofx1("<STMTTRN><NAME>A&&B</STMTTRN>")));
 }
 
+TEST(OFXImportLoading, XmlDeclarationDecidesTheFormAndTolerantReadingRetriesAsSgml) {
+  // SGML without end tags under an XML declaration (any letter case).
+  const std::string sgml = ofx1("<STMTTRN><TRNAMT>-3<NAME>N</STMTTRN>");
+  const std::string declared = "<?XML version=\"1.0\"?>\n" + sgml.substr(sgml.find("<OFX>"));
+  OFXLoadError error;
+  EXPECT_FALSE(TARNOFXImport::loadFromBytes(declared, {}, &error));
+  EXPECT_EQ(error.failure, OFXLoadFailure::XMLRejected);
+  auto importer = TARNOFXImport::loadFromBytes(declared, {true}, &error);
+  ASSERT_TRUE(importer) << error.description();
+  EXPECT_TRUE(importer->loadedTolerantly());
+  importer->SetOptions(OFXImportSettings{});
+  EXPECT_EQ(entriesOf(importer->parse()).at(0).find("amount")->doubleValue(), -3.0);
+  // Without the declaration the same text is OFX 1 and loads faithfully.
+  importer = TARNOFXImport::loadFromBytes(sgml);
+  ASSERT_TRUE(importer);
+  EXPECT_FALSE(importer->loadedTolerantly());
+}
+
 TEST(OFXImportParse, TransactionFieldsAndSwapOptions) {
   CalendarDate::overrideNow(CalendarDate(2024, 6, 30));
   const std::string file = ofx1(
