@@ -2,6 +2,7 @@
 // dictionaries.
 #include "tarn/import/ofx_import.h"
 
+#include <bit>
 #include <cmath>
 #include <unordered_set>
 
@@ -61,34 +62,69 @@ std::optional<std::string_view> simpleText(XMLNode element) {
   return element.firstChild().string();
 }
 
-const char* swapKey(std::int32_t option) {
-  switch (option) {
-    case kOFXSwapCategory:
-      return "category";
-    case kOFXSwapToFrom:
-      return "toFrom";
-    case kOFXSwapDescription:
-      return "description";
-    case kOFXSwapType:
-      return "type";
-    case kOFXSwapNotes:
-      return "notes";
-    case kOFXSwapNumber:
-      return "number";
-    default:
-      return nullptr;
-  }
-}
+// The values of one entry by key, a later value replacing an earlier one,
+// made into a dictionary at the end in key order: one allocation, no shifting.
+class EntryFields {
+ public:
+  // In the keys' sorted order.
+  enum Key {
+    kAmount,
+    kCategory,
+    kCleared,
+    kDate,
+    kDescription,
+    kFitID,
+    kIsDeposit,
+    kNotes,
+    kNumber,
+    kSplits,
+    kToFrom,
+    kType,
+    kKeyCount
+  };
 
-void putSwapped(plist::Dictionary& entry, std::int32_t option, std::string_view text) {
-  const char* key = swapKey(option);
-  if (!key) return;
-  if (option == kOFXSwapNumber) {
-    entry.insert_or_assign(key, plist::Value(LeadingInt32(text)));
-  } else {
-    entry.insert_or_assign(key, plist::Value(text));
+  void put(Key key, plist::Value value) {
+    values_[key] = std::move(value);
+    present_ |= 1u << key;
   }
-}
+  void put(Key key, std::string_view text) { put(key, plist::Value(text)); }
+
+  // To where a swap option sends the text; nowhere for values outside the table.
+  void putSwapped(std::int32_t option, std::string_view text) {
+    switch (option) {
+      case kOFXSwapCategory:
+        return put(kCategory, text);
+      case kOFXSwapToFrom:
+        return put(kToFrom, text);
+      case kOFXSwapDescription:
+        return put(kDescription, text);
+      case kOFXSwapType:
+        return put(kType, text);
+      case kOFXSwapNotes:
+        return put(kNotes, text);
+      case kOFXSwapNumber:
+        return put(kNumber, LeadingInt32(text));
+      default:
+        return;
+    }
+  }
+
+  plist::Value dictionary() {
+    static constexpr const char* kNames[kKeyCount] = {
+        "amount",    "category", "cleared", "date",   "description", "fitID",
+        "isDeposit", "notes",    "number",  "splits", "toFrom",      "type"};
+    plist::Dictionary entry;
+    entry.reserve(static_cast<std::size_t>(std::popcount(present_)));
+    for (int key = 0; key < kKeyCount; ++key) {
+      if (present_ & (1u << key)) entry.appendSorted(kNames[key], std::move(values_[key]));
+    }
+    return entry;
+  }
+
+ private:
+  plist::Value values_[kKeyCount];
+  std::uint32_t present_ = 0;
+};
 
 std::string_view characterOfEntity(std::string_view name) {
   if (name == "amp") return "&";
@@ -223,6 +259,9 @@ plist::Value TARNOFXImport::statementToAccount(XMLNode statement, std::string_vi
   plist::Array entries;
   const XMLNode list = BKXMLTreeAtPath(statement, listName);
   if (list) {
+    std::size_t count = 0;
+    for (XMLNode child = list.firstChild(); child; child = child.nextSibling()) ++count;
+    entries.reserve(count);
     for (XMLNode child = list.firstChild(); child; child = child.nextSibling()) {
       if (child.type() != XMLNodeType::Element || child.string() != transactionName) continue;
       entries.push_back(transactionToEntry(child, loan));
@@ -244,49 +283,45 @@ plist::Value TARNOFXImport::LoanTransactionAggregateToEntry(XMLNode transaction)
 
 plist::Value TARNOFXImport::transactionToEntry(XMLNode transaction, bool loan) const {
   const TransactionFields fields(transaction, loan ? "LOANTRNTYPE" : "TRNTYPE");
-  plist::Dictionary entry;
+  EntryFields entry;
   if (swapOptions_Type_ != kOFXSwapNotRead) {
-    if (const auto type = simpleText(fields.type)) putSwapped(entry, swapOptions_Type_, *type);
+    if (const auto type = simpleText(fields.type)) entry.putSwapped(swapOptions_Type_, *type);
   }
   // DTUSER wins when present, even when it cannot be read.
   if (const auto date = simpleText(fields.dateUser ? fields.dateUser : fields.datePosted)) {
-    entry.insert_or_assign("date", plist::Value(DateStringToDateNumber(*date)));
+    entry.put(EntryFields::kDate, DateStringToDateNumber(*date));
   }
-  entry.insert_or_assign("cleared", plist::Value(static_cast<bool>(fields.datePosted)));
+  entry.put(EntryFields::kCleared, static_cast<bool>(fields.datePosted));
   if (const auto text = simpleText(fields.amount)) {
     const double amount = amountOfText(*text);
-    entry.insert_or_assign("amount", plist::Value(amount));
-    const bool isDeposit = amount == 0.0 ? importZeroAmountsAsDeposits_ : amount > 0.0;
-    entry.insert_or_assign("isDeposit", plist::Value(isDeposit));
+    entry.put(EntryFields::kAmount, amount);
+    entry.put(EntryFields::kIsDeposit,
+              amount == 0.0 ? importZeroAmountsAsDeposits_ : amount > 0.0);
   }
-  if (loan) {
-    entry.insert_or_assign("splits", loanSplits(fields.loanAmount));
-  }
-  if (const auto fitID = simpleText(fields.fitID)) {
-    entry.insert_or_assign("fitID", plist::Value(*fitID));
-  }
+  if (loan) entry.put(EntryFields::kSplits, loanSplits(fields.loanAmount));
+  if (const auto fitID = simpleText(fields.fitID)) entry.put(EntryFields::kFitID, *fitID);
   if (const auto number = simpleText(fields.checkNumber)) {
-    entry.insert_or_assign("number", plist::Value(LeadingInt32(*number)));
+    entry.put(EntryFields::kNumber, LeadingInt32(*number));
   }
   if (swapOptions_RefNum_ != kOFXSwapNotRead) {
     if (const auto reference = simpleText(fields.refNumber)) {
-      putSwapped(entry, swapOptions_RefNum_, *reference);
+      entry.putSwapped(swapOptions_RefNum_, *reference);
     }
   }
   if (swapOptions_Memo_ != kOFXSwapNotRead && fields.memo) {
-    putSwapped(entry, swapOptions_Memo_, joinedText(fields.memo, true));
+    entry.putSwapped(swapOptions_Memo_, joinedText(fields.memo, true));
   }
   if (swapOptions_Payee_ != kOFXSwapNotRead) {
     if (const XMLNode payeeName = BKXMLTreeAtPath(fields.payee, "NAME")) {
-      putSwapped(entry, swapOptions_Payee_, joinedText(payeeName, false));
+      entry.putSwapped(swapOptions_Payee_, joinedText(payeeName, false));
     }
   }
   if (swapOptions_Name_ != kOFXSwapNotRead) {
     if (const XMLNode name = fields.extendedName ? fields.extendedName : fields.name) {
-      putSwapped(entry, swapOptions_Name_, joinedText(name, false));
+      entry.putSwapped(swapOptions_Name_, joinedText(name, false));
     }
   }
-  return entry;
+  return entry.dictionary();
 }
 
 plist::Array TARNOFXImport::loanSplits(XMLNode loanAmount) const {

@@ -133,8 +133,10 @@ bool isAsciiCompatible(StringEncoding encoding) {
   }
 }
 
-std::optional<std::string> decode(std::string_view bytes, StringEncoding encoding, bool isAscii) {
-  if (isAscii && isAsciiCompatible(encoding)) return std::string(bytes);
+// The bytes in UTF-8; ASCII in an encoding that reads it as ASCII is taken
+// over as it is.
+std::optional<std::string> decode(std::string& bytes, StringEncoding encoding, bool isAscii) {
+  if (isAscii && isAsciiCompatible(encoding)) return std::move(bytes);
   return DecodeToUtf8(bytes, encoding);
 }
 
@@ -256,9 +258,14 @@ std::shared_ptr<TARNOFXImport> TARNOFXImport::loadFromBytes(std::string bytes,
 
   std::string withEndTags = addMissingEndTagsToElementsInString(body);
   text.reset();
-  std::string escaped = tolerant ? escapeAmpersandsTolerantly(withEndTags)
-                                 : escapePhysicalEntitiesInElementsInString(withEndTags);
-  withEndTags = std::string();
+  std::string escaped;
+  if (withEndTags.find('&') == std::string::npos) {
+    escaped = std::move(withEndTags);  // both walks copy such text unchanged
+  } else {
+    escaped = tolerant ? escapeAmpersandsTolerantly(withEndTags)
+                       : escapePhysicalEntitiesInElementsInString(withEndTags);
+    withEndTags = std::string();
+  }
 
   // The faithful reading hands the XML parser the text in the header's
   // encoding, which it reads as UTF-8 (or UTF-16, after a byte-order mark);

@@ -211,7 +211,9 @@ class OFXXMLTreeBuilder {
   bool build(const pugi::xml_document& document) {
     const char* base = tree_.text_.data();
     base_ = base;
-    tree_.nodes_.reserve(tree_.text_.size() / 12 + 16);
+    // Generous: pages of the array that are never written cost nothing, and
+    // growing it would copy every node.
+    tree_.nodes_.reserve(tree_.text_.size() / 6 + 16);
     addNode(XMLNodeType::Document, {});
     struct Frame {
       std::uint32_t node;
