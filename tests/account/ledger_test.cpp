@@ -326,10 +326,11 @@ TEST(LedgerSorting, ColumnsAgreeWithTheEntryComparatorsOnARandomRegister) {
       TARNAccount::Entries expected = account->GetEntries();
       std::stable_sort(expected.begin(), expected.end(),
                        [](const auto& a, const auto& b) { return a->NumberIsGreaterThan(*b) < 0; });
-      std::stable_sort(expected.begin(), expected.end(), [&](const auto& a, const auto& b) {
-        const int order = ((*a).*compare)(*b);
-        return descending ? order > 0 : order < 0;
-      });
+      std::stable_sort(expected.begin(), expected.end(),
+                       [&, by = compare](const auto& a, const auto& b) {
+                         const int order = ((*a).*by)(*b);
+                         return descending ? order > 0 : order < 0;
+                       });
       account->SortBy(column, descending);
       EXPECT_EQ(account->GetEntries(), expected) << "column " << column << " " << descending;
     }

@@ -212,7 +212,8 @@ TEST(AccountEntry, CopiesAreAlwaysPlainEntriesWithTheSameAccount) {
   LogCapture quiet;
   auto schedule = TARNAccountSchedule::initWithDictionary(original->asDictionary());
   auto plain = TARNAccountEntry::entryWithEntry(schedule.get());
-  EXPECT_EQ(typeid(*plain), typeid(TARNAccountEntry));
+  const TARNAccountEntry& plainEntry = *plain;
+  EXPECT_EQ(typeid(plainEntry), typeid(TARNAccountEntry));
   EXPECT_EQ(plain->asDictionary(), original->asDictionary());
 
   // Nothing to copy from: an entry that was never initialised.

@@ -336,7 +336,7 @@ void TARNAccount::loadPreferences(const plist::Value& dictionary) {
   };
   for (const auto& [key, field] : styles) {
     keys.number(key, NoneDefined(key), WrongFormat(key),
-                [field](const plist::Value& v) { *field = v.intValue(); });
+                [target = field](const plist::Value& v) { *target = v.intValue(); });
   }
   const std::pair<const char*, std::optional<Strings>*> lists[] = {
       {"preferredDebitDescriptions", &preferredDebitDescriptions_},

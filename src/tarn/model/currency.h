@@ -111,7 +111,6 @@ class PFCurrency {
   double rate_ = 1.0;
   DateNumber lastUpdate_ = 0;
   mutable FormatterCache formatters_;
-  bool formatChanged_ = false;  // kept with the stored fields; nothing reads it
 };
 
 class PFEditingCurrency : public PFCurrency {

@@ -5,7 +5,6 @@
 namespace tarn {
 namespace {
 
-constexpr std::int64_t kSecondsPerDay = 86400;
 // Steps of month rules past this month index (January 4002) are all beyond the
 // distant future; they stand for one far day so that huge intervals cannot
 // overflow the calendar's year.
