@@ -226,7 +226,8 @@ class OFXXMLTreeBuilder {
       switch (current.type()) {
         case pugi::node_element: {
           flushText(frames.back().node, frames.back().lastChild);
-          for (pugi::xml_attribute attribute : current.attributes()) {
+          for (pugi::xml_attribute attribute = current.first_attribute(); attribute;
+               attribute = attribute.next_attribute()) {
             if (!checkReferences(attribute.value())) return false;
           }
           const std::uint32_t index = addNode(XMLNodeType::Element, current.name());

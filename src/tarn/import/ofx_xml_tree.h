@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tarn/platform/bulk_storage.h"
+
 namespace tarn {
 
 class OFXXMLTree;
@@ -83,7 +85,7 @@ class OFXXMLTree {
   OFXXMLTree() = default;
 
   std::string text_;  // the document in UTF-8, then texts decoded from character references
-  std::vector<Node> nodes_;
+  plist::LargeVector<Node> nodes_;  // on huge pages: a million nodes fault in a few pages
 };
 
 inline XMLNodeType XMLNode::type() const {
