@@ -91,21 +91,13 @@ class EntryFields {
 
   // To where a swap option sends the text; nowhere for values outside the table.
   void putSwapped(std::int32_t option, std::string_view text) {
-    switch (option) {
-      case kOFXSwapCategory:
-        return put(kCategory, text);
-      case kOFXSwapToFrom:
-        return put(kToFrom, text);
-      case kOFXSwapDescription:
-        return put(kDescription, text);
-      case kOFXSwapType:
-        return put(kType, text);
-      case kOFXSwapNotes:
-        return put(kNotes, text);
-      case kOFXSwapNumber:
-        return put(kNumber, LeadingInt32(text));
-      default:
-        return;
+    if (option == kOFXSwapNumber) return put(kNumber, LeadingInt32(text));
+    if (const int key = textKey(option); key >= 0) put(static_cast<Key>(key), text);
+  }
+  void putSwapped(std::int32_t option, std::string&& text) {
+    if (option == kOFXSwapNumber) return put(kNumber, LeadingInt32(text));
+    if (const int key = textKey(option); key >= 0) {
+      put(static_cast<Key>(key), plist::Value(std::move(text)));
     }
   }
 
@@ -122,6 +114,23 @@ class EntryFields {
   }
 
  private:
+  static int textKey(std::int32_t option) {
+    switch (option) {
+      case kOFXSwapCategory:
+        return kCategory;
+      case kOFXSwapToFrom:
+        return kToFrom;
+      case kOFXSwapDescription:
+        return kDescription;
+      case kOFXSwapType:
+        return kType;
+      case kOFXSwapNotes:
+        return kNotes;
+      default:
+        return -1;
+    }
+  }
+
   plist::Value values_[kKeyCount];
   std::uint32_t present_ = 0;
 };
