@@ -6,68 +6,28 @@
 namespace tarn {
 namespace {
 
-// Civil-date arithmetic on 64-bit fields. Some rows push a date millions (or
-// billions) of years away; a CalendarDate or a 32-bit date number would
-// overflow there, while the comparison with an entry's date must still come
-// out right. The carry rules are the calendar's own: years and months are
-// added first, a day past the end of the month carries into the next one,
-// then days are added.
-struct Civil {
-  std::int64_t year;
-  std::int64_t month;  // 1-12 once normalised
-  std::int64_t day;
-};
-
-std::int64_t floorDiv(std::int64_t a, std::int64_t b) {
-  std::int64_t q = a / b;
-  if ((a % b != 0) && ((a < 0) != (b < 0))) --q;
-  return q;
-}
-
-// Days since 1 January 1970 of a proleptic Gregorian date; the month may lie
-// outside 1-12 and the day outside the month (both carry).
-std::int64_t daysOf(const Civil& date) {
-  const std::int64_t monthIndex = date.month - 1;
-  std::int64_t year = date.year + floorDiv(monthIndex, 12);
-  const std::int64_t month = monthIndex - floorDiv(monthIndex, 12) * 12 + 1;
-  year -= month <= 2;
-  const std::int64_t era = floorDiv(year, 400);
-  const std::int64_t yearOfEra = year - era * 400;
-  const std::int64_t dayOfYear = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5;
-  const std::int64_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-  return era * 146097 + dayOfEra - 719468 + (date.day - 1);
-}
-
-Civil civilOf(std::int64_t days) {
-  days += 719468;
-  const std::int64_t era = floorDiv(days, 146097);
-  const std::int64_t dayOfEra = days - era * 146097;
-  const std::int64_t yearOfEra =
-      (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-  const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-  const std::int64_t mp = (5 * dayOfYear + 2) / 153;
-  const std::int64_t day = dayOfYear - (153 * mp + 2) / 5 + 1;
-  const std::int64_t month = mp < 10 ? mp + 3 : mp - 9;
-  return {yearOfEra + era * 400 + (month <= 2), month, day};
-}
-
-Civil civilOf(const CalendarDate& date) {
+CivilDay civilOf(const CalendarDate& date) {
   return {date.yearOfCommonEra(), date.monthOfYear(), date.dayOfMonth()};
 }
 
-// The calendar's one-step addition of years, months and days.
-Civil add(const Civil& date, std::int64_t years, std::int64_t months, std::int64_t days) {
-  const std::int64_t firstOfMonth = daysOf({date.year + years, date.month + months, 1});
-  return civilOf(firstOfMonth + (date.day - 1) + days);
+// The calendar's one-step addition of years, months and days, on day counts
+// and 64-bit years: some rows push a date millions (or billions) of years
+// away, where a CalendarDate or a 32-bit date number would overflow, while
+// the comparison with an entry's date must still come out right. Years and
+// months are added first, a day past the end of the month carries into the
+// next one, then days are added.
+CivilDay add(const CivilDay& date, std::int64_t years, std::int64_t months, std::int64_t days) {
+  return CivilFromDays(DaysFromCivilCarrying(date.year + years, date.month + months, date.day) +
+                       days);
 }
 
-std::int64_t numberOf(const Civil& date) {
+std::int64_t numberOf(const CivilDay& date) {
   return date.year * 10000 + date.month * 100 + date.day;
 }
 
 struct Period {
-  Civil start;
-  Civil end;
+  CivilDay start;
+  CivilDay end;
 };
 
 Period period(int mnemonic) {
@@ -77,7 +37,7 @@ Period period(int mnemonic) {
   return {civilOf(start), civilOf(end)};
 }
 
-DateConditionRange within(const Civil& start, const Civil& end) {
+DateConditionRange within(const CivilDay& start, const CivilDay& end) {
   return {DateConditionRange::Comparison::Within, numberOf(start), numberOf(end)};
 }
 
@@ -85,7 +45,7 @@ DateConditionRange within(const Period& range) {
   return within(range.start, range.end);
 }
 
-DateConditionRange on(const Civil& date) {
+DateConditionRange on(const CivilDay& date) {
   return {DateConditionRange::Comparison::On, numberOf(date), numberOf(date)};
 }
 
@@ -96,7 +56,7 @@ DateConditionRange ResolveDateConditionRange(std::int32_t qualifier, std::int32_
   using Comparison = DateConditionRange::Comparison;
   const std::int64_t A = a;
   const std::int64_t B = b;
-  const Civil now = civilOf(today);
+  const CivilDay now = civilOf(today);
 
   switch (qualifier) {
     case kDateIsBefore:
@@ -128,7 +88,7 @@ DateConditionRange ResolveDateConditionRange(std::int32_t qualifier, std::int32_
     }
     case kDateBetweenWeeksAgo: {
       // The second count runs from the already moved start, as it always has.
-      const Civil start = add(now, 0, 0, -today.dayOfWeek() - 7 * A);
+      const CivilDay start = add(now, 0, 0, -today.dayOfWeek() - 7 * A);
       return within(start, add(start, 0, 0, -7 * B));
     }
 
@@ -142,8 +102,8 @@ DateConditionRange ResolveDateConditionRange(std::int32_t qualifier, std::int32_
     }
     case kDateBetweenMonthsAgo: {
       // Both ends on the first of a month: the later month's other days are out.
-      Civil start = add(now, 0, -A, 0);
-      Civil end = add(now, 0, -B, 0);
+      CivilDay start = add(now, 0, -A, 0);
+      CivilDay end = add(now, 0, -B, 0);
       start.day = 1;
       end.day = 1;
       return within(start, end);
@@ -155,14 +115,14 @@ DateConditionRange ResolveDateConditionRange(std::int32_t qualifier, std::int32_
     }
     case kDateInNextQuarters: {
       const Period quarter = period(kMnemonicThisQuarter);
-      const Civil dayAfter = add(quarter.end, 0, 3 * A - 3, 1);
+      const CivilDay dayAfter = add(quarter.end, 0, 3 * A - 3, 1);
       return within(quarter.start, add(dayAfter, 0, 0, -1));
     }
     case kDateBetweenQuartersAgo: {
       // The month count mixes B with the start's date number, which puts the
       // end long before the start: nothing matches. Kept as it computes.
       const Period quarter = period(kMnemonicThisQuarter);
-      const Civil start = add(quarter.start, 0, 3 - 3 * B, 0);
+      const CivilDay start = add(quarter.start, 0, 3 - 3 * B, 0);
       return within(start, add(start, 0, 3 * (B - numberOf(start)), -1));
     }
 
@@ -178,7 +138,7 @@ DateConditionRange ResolveDateConditionRange(std::int32_t qualifier, std::int32_
       // The start moves by the end's date number in years, far past the end:
       // nothing matches. Kept as it computes.
       const Period year = period(kMnemonicThisYear);
-      const Civil end = add(year.end, 1 - A, 0, 0);
+      const CivilDay end = add(year.end, 1 - A, 0, 0);
       return within(add(year.start, numberOf(end) - 1, 0, 0), end);
     }
 

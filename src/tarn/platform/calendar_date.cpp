@@ -13,12 +13,8 @@ constexpr std::int64_t kSecondsPerDay = 86400;
 // Seconds of a civil date whose fields may be out of range (carried over).
 std::int64_t secondsFromFields(std::int64_t year, std::int64_t month, std::int64_t day,
                                std::int64_t hour, std::int64_t minute, std::int64_t second) {
-  const std::int64_t monthIndex = month - 1;
-  year += FloorDivide(monthIndex, 12);
-  const auto normalizedMonth =
-      static_cast<unsigned>(monthIndex - FloorDivide(monthIndex, 12) * 12 + 1);
-  const std::int64_t days = DaysFromCivil(year, normalizedMonth, 1) + (day - 1);
-  return days * kSecondsPerDay + hour * 3600 + minute * 60 + second;
+  return DaysFromCivilCarrying(year, month, day) * kSecondsPerDay + hour * 3600 + minute * 60 +
+         second;
 }
 
 std::mutex& nowMutex() {
@@ -46,6 +42,12 @@ std::int64_t DaysFromCivil(std::int64_t year, int month, int day) {
   const auto dayOfYear = static_cast<std::int64_t>((153 * monthFromMarch + 2) / 5) + day - 1;
   const std::int64_t dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
   return era * 146097 + dayOfEra - 719468;
+}
+
+std::int64_t DaysFromCivilCarrying(std::int64_t year, std::int64_t month, std::int64_t day) {
+  const std::int64_t yearsCarried = FloorDivide(month - 1, 12);
+  const auto monthOfYear = static_cast<int>(month - 1 - yearsCarried * 12) + 1;
+  return DaysFromCivil(year + yearsCarried, monthOfYear, 1) + (day - 1);
 }
 
 CivilDay CivilFromDays(std::int64_t days) {

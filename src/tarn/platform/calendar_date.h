@@ -103,6 +103,12 @@ struct CivilDay {
 // Days since 1 January 1970 of a date whose month is 1 to 12 (the day may
 // run past the month's end; it counts on into the next month).
 std::int64_t DaysFromCivil(std::int64_t year, int month, int day);
+// The same for fields that may lie anywhere, carried as the calendar carries
+// them: month 13 is January of the next year, month 0 December of the year
+// before, day 0 the last day of the month before. The 64-bit fields let
+// callers step a date millions of years without overflow.
+std::int64_t DaysFromCivilCarrying(std::int64_t year, std::int64_t month, std::int64_t day);
+// The date of a day count; the inverse of both.
 CivilDay CivilFromDays(std::int64_t days);
 // Division rounding toward negative infinity.
 std::int64_t FloorDivide(std::int64_t numerator, std::int64_t denominator);

@@ -12,6 +12,7 @@
 #include <pugixml.hpp>
 #include <string>
 
+#include "tarn/platform/calendar_date.h"
 #include "tarn/platform/plist_file.h"
 
 namespace tarn::plist {
@@ -26,29 +27,6 @@ constexpr std::string_view kXmlFooter = "</plist>\n";
 
 // Seconds between 1970-01-01 and 2001-01-01, both UTC.
 constexpr std::int64_t kSeconds1970To2001 = 978307200;
-
-// Days since 1970-01-01 of a proleptic Gregorian date, and back.
-std::int64_t daysFromCivil(std::int64_t year, unsigned month, unsigned day) {
-  year -= month <= 2;
-  const std::int64_t era = (year >= 0 ? year : year - 399) / 400;
-  const auto yearOfEra = static_cast<unsigned>(year - era * 400);
-  const unsigned dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-  const unsigned dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-  return era * 146097 + static_cast<std::int64_t>(dayOfEra) - 719468;
-}
-
-void civilFromDays(std::int64_t days, std::int64_t& year, unsigned& month, unsigned& day) {
-  days += 719468;
-  const std::int64_t era = (days >= 0 ? days : days - 146096) / 146097;
-  const auto dayOfEra = static_cast<unsigned>(days - era * 146097);
-  const unsigned yearOfEra =
-      (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-  const unsigned dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-  const unsigned mp = (5 * dayOfYear + 2) / 153;
-  day = dayOfYear - (153 * mp + 2) / 5 + 1;
-  month = mp < 10 ? mp + 3 : mp - 9;
-  year = static_cast<std::int64_t>(yearOfEra) + era * 400 + (month <= 2);
-}
 
 // ---------------------------------------------------------------- writing
 
@@ -208,15 +186,12 @@ class XmlWriter {
     // Keep the arithmetic in range; such dates lie far beyond any calendar use.
     seconds = std::clamp(seconds, -3e14, 3e14);
     const auto since1970 = static_cast<std::int64_t>(seconds) + kSeconds1970To2001;
-    std::int64_t days = since1970 / 86400;
-    std::int64_t secondOfDay = since1970 % 86400;
-    if (secondOfDay < 0) {
-      secondOfDay += 86400;
-      --days;
-    }
-    std::int64_t year;
-    unsigned month, day;
-    civilFromDays(days, year, month, day);
+    const std::int64_t days = FloorDivide(since1970, 86400);
+    const std::int64_t secondOfDay = since1970 - days * 86400;
+    const CivilDay civil = CivilFromDays(days);
+    std::int64_t year = civil.year;
+    const auto month = static_cast<unsigned>(civil.month);
+    const auto day = static_cast<unsigned>(civil.day);
     char text[64];
     char* p = text;
     if (year < 0) {
@@ -509,9 +484,9 @@ class XmlReader {
     std::int64_t year = number(4, 9);  // keeps the seconds within 64 bits
     if (negativeYear) year = -year;
     expect('-');
-    const auto month = static_cast<unsigned>(number(2, 2));
+    const auto month = static_cast<int>(number(2, 2));
     expect('-');
-    const auto day = static_cast<unsigned>(number(2, 2));
+    const auto day = static_cast<int>(number(2, 2));
     expect('T');
     const std::int64_t hour = number(2, 2);
     expect(':');
@@ -534,7 +509,7 @@ class XmlReader {
         minute > 59 || second > 60) {
       invalid();
     }
-    const std::int64_t days = daysFromCivil(year, month, day);
+    const std::int64_t days = DaysFromCivil(year, month, day);
     const std::int64_t since1970 = days * 86400 + hour * 3600 + minute * 60 + second;
     return Value(Date{static_cast<double>(since1970 - kSeconds1970To2001) + fraction});
   }
