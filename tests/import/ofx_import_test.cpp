@@ -259,6 +259,8 @@ TEST(OFXImportParse, TypesArePairsOfNameAndDirection) {
     expected.push_back(type);
   }
   EXPECT_EQ(*result.find("types"), plist::Value(expected));
+  // parse() gathers them while reading; the public step finds the same.
+  EXPECT_EQ(importer->EntryTypesInAccounts(result.find("accounts")->arrayValue()), expected);
 }
 
 TEST(OFXImportParse, LoanStatementsSplitTheirPayments) {

@@ -4,7 +4,7 @@
 
 #include <bit>
 #include <cmath>
-#include <unordered_set>
+#include <unordered_map>
 
 #include "tarn/account/account_settings.h"
 #include "tarn/import/import_text_rules.h"
@@ -12,7 +12,38 @@
 #include "tarn/platform/localized.h"
 
 namespace tarn {
+
+// The distinct pairs of type name and direction, in the order first met.
+class EntryTypeList {
+ public:
+  void add(std::string_view name, bool isDeposit) {
+    std::uint8_t& seen = seen_[std::string(name)];
+    const std::uint8_t bit = isDeposit ? 2 : 1;
+    if (seen & bit) return;
+    seen |= bit;
+    plist::Dictionary pair;
+    pair.appendSorted("isDeposit", isDeposit);
+    pair.appendSorted("name", name);
+    types_.push_back(std::move(pair));
+  }
+  plist::Array array() { return std::move(types_); }
+
+ private:
+  std::unordered_map<std::string, std::uint8_t> seen_;
+  plist::Array types_;
+};
+
+// Where a statement of each kind keeps its account number and transactions.
+struct OFXStatementKind {
+  std::string_view accountPath, listName, transactionName;
+  bool loan;
+};
+
 namespace {
+
+constexpr OFXStatementKind kBank{"BANKACCTFROM/ACCTID", "BANKTRANLIST", "STMTTRN", false};
+constexpr OFXStatementKind kCard{"CCACCTFROM/ACCTID", "BANKTRANLIST", "STMTTRN", false};
+constexpr OFXStatementKind kLoan{"LOANACCTFROM/LOANACCTID", "LOANTRANLIST", "LOANSTMTTRN", true};
 
 // The first child element of each name that a transaction reads, found in
 // one pass over its children.
@@ -98,6 +129,13 @@ class EntryFields {
     if (option == kOFXSwapNumber) return put(kNumber, LeadingInt32(text));
     if (const int key = textKey(option); key >= 0) {
       put(static_cast<Key>(key), plist::Value(std::move(text)));
+    }
+  }
+
+  void addTypeTo(EntryTypeList& types) const {
+    if ((present_ & (1u << kType)) && values_[kType].isString()) {
+      types.add(values_[kType].stringValue(),
+                (present_ & (1u << kIsDeposit)) && values_[kIsDeposit].boolValue());
     }
   }
 
@@ -211,8 +249,11 @@ std::string TARNOFXImport::joinedText(XMLNode element, bool keepAmpersands) cons
 
 plist::Value TARNOFXImport::parse() const {
   plist::BulkStorageScope bulk;
-  plist::Array accounts = Accounts();
-  plist::Array types = EntryTypesInAccounts(accounts);
+  // The types are gathered while the entries are made: the same pairs in the
+  // same order as EntryTypesInAccounts finds them, without a second walk.
+  EntryTypeList typeList;
+  plist::Array accounts = accountsCollectingTypes(&typeList);
+  plist::Array types = typeList.array();
   plist::Dictionary result;
   result.appendSorted("accounts", std::move(accounts));
   result.appendSorted("types", std::move(types));
@@ -220,6 +261,10 @@ plist::Value TARNOFXImport::parse() const {
 }
 
 plist::Array TARNOFXImport::Accounts() const {
+  return accountsCollectingTypes(nullptr);
+}
+
+plist::Array TARNOFXImport::accountsCollectingTypes(EntryTypeList* types) const {
   plist::Array accounts;
   if (!tree_) return accounts;
   const XMLNode ofx = BKXMLTreeAtPath(tree_->document(), "/OFX");
@@ -229,12 +274,12 @@ plist::Array TARNOFXImport::Accounts() const {
     const std::string_view name = child.string();
     plist::Value account;
     if (name == "BANKMSGSRSV1") {
-      account = BankStatementAggregateToAccount(BKXMLTreeAtPath(child, "STMTTRNRS/STMTRS"));
+      account = statementToAccount(BKXMLTreeAtPath(child, "STMTTRNRS/STMTRS"), kBank, types);
     } else if (name == "CREDITCARDMSGSRSV1") {
-      account =
-          CreditCardStatementAggregateToAccount(BKXMLTreeAtPath(child, "CCSTMTTRNRS/CCSTMTRS"));
+      account = statementToAccount(BKXMLTreeAtPath(child, "CCSTMTTRNRS/CCSTMTRS"), kCard, types);
     } else if (name == "LOANMSGSRSV1") {
-      account = LoanStatementAggregateToAccount(BKXMLTreeAtPath(child, "LOANSTMTTRNRS/LOANSTMTRS"));
+      account =
+          statementToAccount(BKXMLTreeAtPath(child, "LOANSTMTTRNRS/LOANSTMTRS"), kLoan, types);
     }
     if (!account.isNil()) accounts.push_back(std::move(account));
   }
@@ -242,38 +287,38 @@ plist::Array TARNOFXImport::Accounts() const {
 }
 
 plist::Value TARNOFXImport::BankStatementAggregateToAccount(XMLNode statement) const {
-  return statementToAccount(statement, "BANKACCTFROM/ACCTID", "BANKTRANLIST", "STMTTRN", false);
+  return statementToAccount(statement, kBank, nullptr);
 }
 
 plist::Value TARNOFXImport::CreditCardStatementAggregateToAccount(XMLNode statement) const {
-  return statementToAccount(statement, "CCACCTFROM/ACCTID", "BANKTRANLIST", "STMTTRN", false);
+  return statementToAccount(statement, kCard, nullptr);
 }
 
 plist::Value TARNOFXImport::LoanStatementAggregateToAccount(XMLNode statement) const {
-  return statementToAccount(statement, "LOANACCTFROM/LOANACCTID", "LOANTRANLIST", "LOANSTMTTRN",
-                            true);
+  return statementToAccount(statement, kLoan, nullptr);
 }
 
-plist::Value TARNOFXImport::statementToAccount(XMLNode statement, std::string_view accountPath,
-                                               std::string_view listName,
-                                               std::string_view transactionName, bool loan) const {
+plist::Value TARNOFXImport::statementToAccount(XMLNode statement, const OFXStatementKind& kind,
+                                               EntryTypeList* types) const {
   if (!statement) return {};
   plist::Dictionary account;
-  if (const auto accountID = simpleText(BKXMLTreeAtPath(statement, accountPath))) {
+  if (const auto accountID = simpleText(BKXMLTreeAtPath(statement, kind.accountPath))) {
     account.insert_or_assign("accountID", plist::Value(*accountID));
   }
   if (const auto currency = simpleText(BKXMLTreeAtPath(statement, "CURDEF"))) {
     account.insert_or_assign("currency", plist::Value(*currency));
   }
   plist::Array entries;
-  const XMLNode list = BKXMLTreeAtPath(statement, listName);
+  const XMLNode list = BKXMLTreeAtPath(statement, kind.listName);
   if (list) {
     std::size_t count = 0;
     for (XMLNode child = list.firstChild(); child; child = child.nextSibling()) ++count;
     entries.reserve(count);
     for (XMLNode child = list.firstChild(); child; child = child.nextSibling()) {
-      if (child.type() != XMLNodeType::Element || child.string() != transactionName) continue;
-      entries.push_back(transactionToEntry(child, loan));
+      if (child.type() != XMLNodeType::Element || child.string() != kind.transactionName) {
+        continue;
+      }
+      entries.push_back(transactionToEntry(child, kind.loan, types));
     }
   }
   account.insert_or_assign("entries", std::move(entries));
@@ -282,15 +327,16 @@ plist::Value TARNOFXImport::statementToAccount(XMLNode statement, std::string_vi
 
 plist::Value TARNOFXImport::BankTransactionAggregateToEntry(XMLNode transaction) const {
   if (!transaction) return {};
-  return transactionToEntry(transaction, false);
+  return transactionToEntry(transaction, false, nullptr);
 }
 
 plist::Value TARNOFXImport::LoanTransactionAggregateToEntry(XMLNode transaction) const {
   if (!transaction) return {};
-  return transactionToEntry(transaction, true);
+  return transactionToEntry(transaction, true, nullptr);
 }
 
-plist::Value TARNOFXImport::transactionToEntry(XMLNode transaction, bool loan) const {
+plist::Value TARNOFXImport::transactionToEntry(XMLNode transaction, bool loan,
+                                               EntryTypeList* types) const {
   const TransactionFields fields(transaction, loan ? "LOANTRNTYPE" : "TRNTYPE");
   EntryFields entry;
   if (swapOptions_Type_ != kOFXSwapNotRead) {
@@ -304,8 +350,7 @@ plist::Value TARNOFXImport::transactionToEntry(XMLNode transaction, bool loan) c
   if (const auto text = simpleText(fields.amount)) {
     const double amount = amountOfText(*text);
     entry.put(EntryFields::kAmount, amount);
-    entry.put(EntryFields::kIsDeposit,
-              amount == 0.0 ? importZeroAmountsAsDeposits_ : amount > 0.0);
+    entry.put(EntryFields::kIsDeposit, amount == 0.0 ? importZeroAmountsAsDeposits_ : amount > 0.0);
   }
   if (loan) entry.put(EntryFields::kSplits, loanSplits(fields.loanAmount));
   if (const auto fitID = simpleText(fields.fitID)) entry.put(EntryFields::kFitID, *fitID);
@@ -330,6 +375,7 @@ plist::Value TARNOFXImport::transactionToEntry(XMLNode transaction, bool loan) c
       entry.putSwapped(swapOptions_Name_, joinedText(name, false));
     }
   }
+  if (types) entry.addTypeTo(*types);
   return entry.dictionary();
 }
 
@@ -378,18 +424,7 @@ plist::Array TARNOFXImport::loanSplits(XMLNode loanAmount) const {
 }
 
 plist::Array TARNOFXImport::EntryTypesInAccounts(const plist::Array& accounts) const {
-  struct TypeKey {
-    std::string_view name;
-    bool isDeposit;
-    bool operator==(const TypeKey&) const = default;
-  };
-  struct TypeKeyHash {
-    std::size_t operator()(const TypeKey& key) const {
-      return std::hash<std::string_view>()(key.name) ^ (key.isDeposit ? 0x9e3779b9u : 0u);
-    }
-  };
-  std::unordered_set<TypeKey, TypeKeyHash> seen;
-  plist::Array types;
+  EntryTypeList types;
   for (const plist::Value& account : accounts) {
     const plist::Value* entries = account.find("entries");
     if (!entries) continue;
@@ -397,15 +432,10 @@ plist::Array TARNOFXImport::EntryTypesInAccounts(const plist::Array& accounts) c
       const plist::Value* type = entry.find("type");
       if (!type || !type->isString()) continue;
       const plist::Value* deposit = entry.find("isDeposit");
-      const bool isDeposit = deposit && deposit->boolValue();
-      if (!seen.insert({type->stringValue(), isDeposit}).second) continue;
-      plist::Dictionary pair;
-      pair.appendSorted("isDeposit", isDeposit);
-      pair.appendSorted("name", type->stringValue());
-      types.push_back(std::move(pair));
+      types.add(type->stringValue(), deposit && deposit->boolValue());
     }
   }
-  return types;
+  return types.array();
 }
 
 }  // namespace tarn

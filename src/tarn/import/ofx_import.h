@@ -26,6 +26,8 @@
 namespace tarn {
 
 struct OFXImportSettings;
+class EntryTypeList;
+struct OFXStatementKind;
 
 // Where a swap option sends the text of an OFX field.
 inline constexpr std::int32_t kOFXSwapNotRead = -100;
@@ -144,10 +146,10 @@ class TARNOFXImport {
   DateComponents DateStringComponents(std::string_view text) const;
 
  private:
-  plist::Value statementToAccount(XMLNode statement, std::string_view accountPath,
-                                  std::string_view listName, std::string_view transactionName,
-                                  bool loan) const;
-  plist::Value transactionToEntry(XMLNode transaction, bool loan) const;
+  plist::Array accountsCollectingTypes(EntryTypeList* types) const;
+  plist::Value statementToAccount(XMLNode statement, const OFXStatementKind& kind,
+                                  EntryTypeList* types) const;
+  plist::Value transactionToEntry(XMLNode transaction, bool loan, EntryTypeList* types) const;
   plist::Array loanSplits(XMLNode loanAmount) const;
   std::string joinedText(XMLNode element, bool keepAmpersands) const;
   double amountOfText(std::string_view text) const;
