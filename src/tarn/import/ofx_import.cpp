@@ -8,7 +8,6 @@
 
 #include "tarn/account/account_settings.h"
 #include "tarn/import/import_text_rules.h"
-#include "tarn/platform/bulk_storage.h"
 #include "tarn/platform/localized.h"
 
 namespace tarn {
@@ -248,7 +247,6 @@ std::string TARNOFXImport::joinedText(XMLNode element, bool keepAmpersands) cons
 }
 
 plist::Value TARNOFXImport::parse() const {
-  plist::BulkStorageScope bulk;
   // The types are gathered while the entries are made: the same pairs in the
   // same order as EntryTypesInAccounts finds them, without a second walk.
   EntryTypeList typeList;
