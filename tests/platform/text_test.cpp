@@ -47,6 +47,14 @@ TEST(Text, ComparisonIgnoresCaseAndFoldsNonAsciiFully) {
   EXPECT_EQ(CaseFold("Straße ÉTÉ"), "strasse été");
   EXPECT_EQ(CaseFold("MIXED Case 42"), "mixed case 42");
   EXPECT_EQ(CaseFold("A\x80Z"), "a\x80z");
+  // Folding into a reused buffer: a long text first, so that a shorter one
+  // must not keep its tail, and non-ASCII after an ASCII prefix.
+  std::string buffer;
+  for (std::string_view text : {"A LONG ASCII NAME", "Straße ÉTÉ", "AB", ""}) {
+    FoldInto(text, buffer);
+    EXPECT_EQ(buffer, CaseFold(text)) << text;
+  }
+  EXPECT_EQ(buffer, "");
 }
 
 TEST(Text, ComparisonIsATotalOrderThatAgreesWithTheFoldedTexts) {
@@ -165,6 +173,19 @@ TEST(Text, IsAsciiLooksAtEveryByte) {
       EXPECT_FALSE(IsAscii(text)) << length << " " << at;
     }
   }
+}
+
+TEST(Text, AsciiEqualityFoldsOnlyTheAsciiLetters) {
+  EXPECT_TRUE(AsciiEqualIgnoringCase("Kr.", "kR."));
+  EXPECT_TRUE(AsciiEqualIgnoringCase("", ""));
+  EXPECT_FALSE(AsciiEqualIgnoringCase("kr", "kr."));
+  EXPECT_FALSE(AsciiEqualIgnoringCase("[", "{"));  // 0x5B and 0x7B differ by 0x20 too
+  EXPECT_FALSE(AsciiEqualIgnoringCase("@", "`"));
+  // Full folding would make these equal; the same length in bytes does not.
+  EXPECT_FALSE(AsciiEqualIgnoringCase("\xC3\x9F", "ss"));  // ß
+  EXPECT_TRUE(CaseInsensitiveEqual("\xC3\x9F", "ss"));
+  EXPECT_FALSE(AsciiEqualIgnoringCase("\xC3\x89", "\xC3\xA9"));  // É, é
+  EXPECT_TRUE(AsciiEqualIgnoringCase("\xC3\x89", "\xC3\x89"));
 }
 
 }  // namespace

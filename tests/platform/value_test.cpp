@@ -25,6 +25,24 @@ TEST(PlistValue, NumbersReadAsThePlatformReadsThem) {
   EXPECT_EQ(Value("x").find("key"), nullptr);
 }
 
+TEST(PlistValue, OptionalNumberKeysReplaceAFieldOnlyWithANumber) {
+  const Value stored(Dictionary{{"count", 4.7}, {"flag", 0.5}, {"text", "12"}, {"off", false}});
+  std::int32_t count = -1;
+  bool flag = false;
+  ReadNumber(stored, "count", count);
+  ReadFlag(stored, "flag", flag);
+  EXPECT_EQ(count, 4);
+  EXPECT_TRUE(flag);
+  ReadNumber(stored, "text", count);     // a text is no number
+  ReadNumber(stored, "missing", count);  // nor is nothing
+  ReadNumber(Value(7), "count", count);  // a receiver that is no dictionary
+  EXPECT_EQ(count, 4);
+  ReadFlag(stored, "off", flag);
+  EXPECT_FALSE(flag);
+  ReadNumber(stored, "off", count);
+  EXPECT_EQ(count, 0);
+}
+
 TEST(PlistValue, SortedDictionaryKeepsKeysOrderedWhateverTheInsertionOrder) {
   Dictionary dictionary;
   dictionary["number"] = 5;

@@ -48,24 +48,24 @@ TARNAccount::TARNAccount()
   accountSummaries_ = defaultAccountSummaries();
   if (!accountSummaries_.empty()) selectedAccountSummary_ = accountSummaries_.front();
 
+  // Both views start with an empty search and today as the custom range.
   const DateNumber today = CalendarDate::now().dateNumber();
-  entryFilterData_ = plist::Value(std::string());
-  entryDateFilterStartDate_ = today;
-  entryDateFilterEndDate_ = today;
-  reconcileFilterData_ = plist::Value(std::string());
-  reconcileDateFilterStartDate_ = today;
-  reconcileDateFilterEndDate_ = today;
+  for (ViewFilterSettings* view : {&entryViewFilter_, &reconcileViewFilter_}) {
+    view->filterData = plist::Value(std::string());
+    view->dateFilterStartDate = today;
+    view->dateFilterEndDate = today;
+  }
 
   const auto systemEncoding = static_cast<std::int32_t>(DefaultCStringEncoding());
   const std::string decimalSeparator = UserDefault("NSDecimalSeparator");
   const std::string thousandsSeparator = UserDefault("NSThousandsSeparator");
-  QIFImportEncoding_ = systemEncoding;
-  QIFImportDecimalSeparator_ = decimalSeparator;
-  QIFImportThousandsSeparator_ = thousandsSeparator;
-  textImportEncoding_ = systemEncoding;
-  textImportDecimalSeparator_ = decimalSeparator;
-  textImportThousandsSeparator_ = thousandsSeparator;
-  textExport_Encoding_ = systemEncoding;
+  qifImport_.encoding = systemEncoding;
+  qifImport_.decimalSeparator = decimalSeparator;
+  qifImport_.thousandsSeparator = thousandsSeparator;
+  textImport_.encoding = systemEncoding;
+  textImport_.decimalSeparator = decimalSeparator;
+  textImport_.thousandsSeparator = thousandsSeparator;
+  textExport_.encoding = systemEncoding;
 
   smartFolders_ = defaultSmartFolders();
   currency_ = DefaultCurrency();
@@ -160,6 +160,17 @@ void TARNAccount::SetPassword(std::optional<std::string> password) {
   if (!password) return;
   password_ = std::move(*password);
   if (password_.empty()) authenticated_ = true;
+}
+
+bool TARNAccount::Authenticate(const std::optional<std::string>& password) {
+  // An account always holds a password string (empty for none), so the
+  // "no password at all" case of older hosts cannot arise here.
+  if (!password) {
+    authenticated_ = false;
+  } else if (*password == password_) {
+    authenticated_ = true;
+  }
+  return authenticated_;
 }
 
 void TARNAccount::setDefaultDebitType(std::shared_ptr<TARNAccountEntryType> type) {

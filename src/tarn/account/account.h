@@ -4,6 +4,26 @@
 // every record it holds; its entries and schedules point back at it. It refers
 // to the host's accounts controller (shared currencies and categories) and to
 // the selected folder and smart folder without owning them.
+//
+// The settings the account remembers are plain values of account_settings.h.
+// The operations follow by area, each under a heading that names the file
+// implementing it:
+//   making, loading and saving         account.cpp, account_dictionary.cpp
+//   identity and appearance            account.cpp
+//   entries and schedules              account_lists.cpp
+//   register settings and password     account.cpp
+//   entry types and categories         account.cpp
+//   suggestion-list preferences        account.cpp
+//   account summaries                  account.cpp
+//   folders and smart folders          account_lists.cpp
+//   view filters                       account_view_filters.cpp
+//   import and export options          account_settings.h
+//   entry sets and balances            account_balances.cpp
+//   numbering                          account_numbering.cpp
+//   look-ups, due schedules            account_lookups.cpp
+//   suggestion lists, imports          account_suggestions.cpp
+//   sorting                            account_sorting.cpp
+//   export                             account_export_qif.cpp, account_export_text.cpp
 #pragma once
 
 #include <cstdint>
@@ -113,7 +133,7 @@ class TARNAccount {
   void setDisplayExpanded(bool expanded) { displayExpanded_ = expanded; }
 
   // ---------------------------------------------------------------------
-  // Entries and schedules (account_folders.cpp)
+  // Entries and schedules (account_lists.cpp)
   // ---------------------------------------------------------------------
 
   // The register itself, in the order held.
@@ -140,7 +160,7 @@ class TARNAccount {
   std::int32_t NextAvailableNumber() { return ++numberCount_; }
 
   // ---------------------------------------------------------------------
-  // Register settings (account.cpp)
+  // Register settings and password (account.cpp)
   // ---------------------------------------------------------------------
 
   std::int32_t GetStartingCheckNumber() const { return startingCheckNumber_; }
@@ -155,6 +175,11 @@ class TARNAccount {
   const std::string& GetPassword() const { return password_; }
   void SetPassword(std::optional<std::string> password);
   bool IsAuthenticated() const { return authenticated_; }
+  // The empty password means none.
+  bool HasPassword() const { return !password_.empty(); }
+  // nullopt signs the account out; the stored password signs it in; any
+  // other text leaves the state as it was. Returns the state.
+  bool Authenticate(const std::optional<std::string>& password);
 
   // ---------------------------------------------------------------------
   // Entry types and categories (account.cpp)
@@ -246,7 +271,7 @@ class TARNAccount {
   void selectAccountSummaryAtIndex(std::int32_t index);
 
   // ---------------------------------------------------------------------
-  // Folders and smart folders (account_folders.cpp)
+  // Folders and smart folders (account_lists.cpp)
   // ---------------------------------------------------------------------
 
   Filters& smartFolders() { return smartFolders_; }
@@ -280,7 +305,7 @@ class TARNAccount {
   void setFolder(const std::shared_ptr<TARNAccountFolder>& folder) { folder_ = folder; }
 
   // ---------------------------------------------------------------------
-  // View filters (account_folders.cpp)
+  // View filters (account_view_filters.cpp)
   // ---------------------------------------------------------------------
 
   // A new filter from the settings of the entry view (1) or reconcile view
@@ -298,128 +323,158 @@ class TARNAccount {
   Entries entryFilteredEntries() const;
   Entries reconcileFilteredEntries() const;
 
-  std::int32_t entryFilterType() const { return entryFilterType_; }
-  void setEntryFilterType(std::int32_t type) { entryFilterType_ = type; }
-  // The search text (nil reads as the empty string).
-  const plist::Value& entryFilterData() const { return entryFilterData_; }
-  void setEntryFilterData(plist::Value data) { entryFilterData_ = std::move(data); }
-  std::int32_t entryResolvedFilterType() const { return entryResolvedFilterType_; }
-  void setEntryResolvedFilterType(std::int32_t type) { entryResolvedFilterType_ = type; }
-  std::int32_t entryTaxDeductibleFilterType() const { return entryTaxDeductibleFilterType_; }
-  void setEntryTaxDeductibleFilterType(std::int32_t type) { entryTaxDeductibleFilterType_ = type; }
-  std::int32_t entryDateFilterType() const { return entryDateFilterType_; }
-  void setEntryDateFilterType(std::int32_t type) { entryDateFilterType_ = type; }
-  DateNumber entryDateFilterStartDate() const { return entryDateFilterStartDate_; }
-  void setEntryDateFilterStartDate(DateNumber date) { entryDateFilterStartDate_ = date; }
-  DateNumber entryDateFilterEndDate() const { return entryDateFilterEndDate_; }
-  void setEntryDateFilterEndDate(DateNumber date) { entryDateFilterEndDate_ = date; }
+  // The settings of each view as one value. Setting them is all it takes:
+  // the next filter of that view is built from them.
+  const ViewFilterSettings& entryViewFilterSettings() const { return entryViewFilter_; }
+  void setEntryViewFilterSettings(ViewFilterSettings settings) {
+    entryViewFilter_ = std::move(settings);
+  }
+  const ViewFilterSettings& reconcileViewFilterSettings() const { return reconcileViewFilter_; }
+  void setReconcileViewFilterSettings(ViewFilterSettings settings) {
+    reconcileViewFilter_ = std::move(settings);
+  }
+  // A new filter from any settings, as filterForViewType builds it.
+  std::shared_ptr<TARNFilter> filterForViewFilterSettings(const ViewFilterSettings& settings) const;
 
-  std::int32_t reconcileFilterType() const { return reconcileFilterType_; }
-  void setReconcileFilterType(std::int32_t type) { reconcileFilterType_ = type; }
-  const plist::Value& reconcileFilterData() const { return reconcileFilterData_; }
-  void setReconcileFilterData(plist::Value data) { reconcileFilterData_ = std::move(data); }
-  std::int32_t reconcileResolvedFilterType() const { return reconcileResolvedFilterType_; }
-  void setReconcileResolvedFilterType(std::int32_t type) { reconcileResolvedFilterType_ = type; }
+  // The settings field by field. The search text reads nil as "".
+  std::int32_t entryFilterType() const { return entryViewFilter_.filterType; }
+  void setEntryFilterType(std::int32_t v) { entryViewFilter_.filterType = v; }
+  const plist::Value& entryFilterData() const { return entryViewFilter_.filterData; }
+  void setEntryFilterData(plist::Value v) { entryViewFilter_.filterData = std::move(v); }
+  std::int32_t entryResolvedFilterType() const { return entryViewFilter_.resolvedFilterType; }
+  void setEntryResolvedFilterType(std::int32_t v) { entryViewFilter_.resolvedFilterType = v; }
+  std::int32_t entryTaxDeductibleFilterType() const {
+    return entryViewFilter_.taxDeductibleFilterType;
+  }
+  void setEntryTaxDeductibleFilterType(std::int32_t v) {
+    entryViewFilter_.taxDeductibleFilterType = v;
+  }
+  std::int32_t entryDateFilterType() const { return entryViewFilter_.dateFilterType; }
+  void setEntryDateFilterType(std::int32_t v) { entryViewFilter_.dateFilterType = v; }
+  DateNumber entryDateFilterStartDate() const { return entryViewFilter_.dateFilterStartDate; }
+  void setEntryDateFilterStartDate(DateNumber v) { entryViewFilter_.dateFilterStartDate = v; }
+  DateNumber entryDateFilterEndDate() const { return entryViewFilter_.dateFilterEndDate; }
+  void setEntryDateFilterEndDate(DateNumber v) { entryViewFilter_.dateFilterEndDate = v; }
+
+  std::int32_t reconcileFilterType() const { return reconcileViewFilter_.filterType; }
+  void setReconcileFilterType(std::int32_t v) { reconcileViewFilter_.filterType = v; }
+  const plist::Value& reconcileFilterData() const { return reconcileViewFilter_.filterData; }
+  void setReconcileFilterData(plist::Value v) { reconcileViewFilter_.filterData = std::move(v); }
+  std::int32_t reconcileResolvedFilterType() const {
+    return reconcileViewFilter_.resolvedFilterType;
+  }
+  void setReconcileResolvedFilterType(std::int32_t v) {
+    reconcileViewFilter_.resolvedFilterType = v;
+  }
   std::int32_t reconcileTaxDeductibleFilterType() const {
-    return reconcileTaxDeductibleFilterType_;
+    return reconcileViewFilter_.taxDeductibleFilterType;
   }
-  void setReconcileTaxDeductibleFilterType(std::int32_t type) {
-    reconcileTaxDeductibleFilterType_ = type;
+  void setReconcileTaxDeductibleFilterType(std::int32_t v) {
+    reconcileViewFilter_.taxDeductibleFilterType = v;
   }
-  std::int32_t reconcileDateFilterType() const { return reconcileDateFilterType_; }
-  void setReconcileDateFilterType(std::int32_t type) { reconcileDateFilterType_ = type; }
-  DateNumber reconcileDateFilterStartDate() const { return reconcileDateFilterStartDate_; }
-  void setReconcileDateFilterStartDate(DateNumber date) { reconcileDateFilterStartDate_ = date; }
-  DateNumber reconcileDateFilterEndDate() const { return reconcileDateFilterEndDate_; }
-  void setReconcileDateFilterEndDate(DateNumber date) { reconcileDateFilterEndDate_ = date; }
+  std::int32_t reconcileDateFilterType() const { return reconcileViewFilter_.dateFilterType; }
+  void setReconcileDateFilterType(std::int32_t v) { reconcileViewFilter_.dateFilterType = v; }
+  DateNumber reconcileDateFilterStartDate() const {
+    return reconcileViewFilter_.dateFilterStartDate;
+  }
+  void setReconcileDateFilterStartDate(DateNumber v) {
+    reconcileViewFilter_.dateFilterStartDate = v;
+  }
+  DateNumber reconcileDateFilterEndDate() const { return reconcileViewFilter_.dateFilterEndDate; }
+  void setReconcileDateFilterEndDate(DateNumber v) { reconcileViewFilter_.dateFilterEndDate = v; }
 
   // ---------------------------------------------------------------------
-  // Remembered import and export options (account.cpp)
+  // Remembered import and export options (account_settings.h)
   // ---------------------------------------------------------------------
 
-  bool GetOFXImportZeroAmountsAsDeposits() const { return OFXImportZeroAmountsAsDeposits_; }
-  void SetOFXImportZeroAmountsAsDeposits(bool on) { OFXImportZeroAmountsAsDeposits_ = on; }
-  std::int32_t GetOFXImport_SwapOptions_Name() const { return OFXImport_SwapOptions_Name_; }
-  void SetOFXImport_SwapOptions_Name(std::int32_t v) { OFXImport_SwapOptions_Name_ = v; }
-  std::int32_t GetOFXImport_SwapOptions_Payee() const { return OFXImport_SwapOptions_Payee_; }
-  void SetOFXImport_SwapOptions_Payee(std::int32_t v) { OFXImport_SwapOptions_Payee_ = v; }
-  std::int32_t GetOFXImport_SwapOptions_Memo() const { return OFXImport_SwapOptions_Memo_; }
-  void SetOFXImport_SwapOptions_Memo(std::int32_t v) { OFXImport_SwapOptions_Memo_ = v; }
+  // Each group as one value, for the importers and the export panel.
+  const OFXImportSettings& ofxImportSettings() const { return ofxImport_; }
+  void setOFXImportSettings(OFXImportSettings settings) { ofxImport_ = std::move(settings); }
+  const QIFImportSettings& qifImportSettings() const { return qifImport_; }
+  void setQIFImportSettings(QIFImportSettings settings) { qifImport_ = std::move(settings); }
+  const TextImportSettings& textImportSettings() const { return textImport_; }
+  void setTextImportSettings(TextImportSettings settings) { textImport_ = std::move(settings); }
+  const TextExportSettings& textExportSettings() const { return textExport_; }
+  void setTextExportSettings(TextExportSettings settings) { textExport_ = std::move(settings); }
+
+  // The same options field by field.
+  bool GetOFXImportZeroAmountsAsDeposits() const { return ofxImport_.zeroAmountsAsDeposits; }
+  void SetOFXImportZeroAmountsAsDeposits(bool v) { ofxImport_.zeroAmountsAsDeposits = v; }
+  std::int32_t GetOFXImport_SwapOptions_Name() const { return ofxImport_.swapName; }
+  void SetOFXImport_SwapOptions_Name(std::int32_t v) { ofxImport_.swapName = v; }
+  std::int32_t GetOFXImport_SwapOptions_Payee() const { return ofxImport_.swapPayee; }
+  void SetOFXImport_SwapOptions_Payee(std::int32_t v) { ofxImport_.swapPayee = v; }
+  std::int32_t GetOFXImport_SwapOptions_Memo() const { return ofxImport_.swapMemo; }
+  void SetOFXImport_SwapOptions_Memo(std::int32_t v) { ofxImport_.swapMemo = v; }
   std::int32_t GetOFXImport_SwapOptions_TransactionType() const {
-    return OFXImport_SwapOptions_TransactionType_;
+    return ofxImport_.swapTransactionType;
   }
   void SetOFXImport_SwapOptions_TransactionType(std::int32_t v) {
-    OFXImport_SwapOptions_TransactionType_ = v;
+    ofxImport_.swapTransactionType = v;
   }
   std::int32_t GetOFXImport_SwapOptions_ReferenceNumber() const {
-    return OFXImport_SwapOptions_ReferenceNumber_;
+    return ofxImport_.swapReferenceNumber;
   }
   void SetOFXImport_SwapOptions_ReferenceNumber(std::int32_t v) {
-    OFXImport_SwapOptions_ReferenceNumber_ = v;
+    ofxImport_.swapReferenceNumber = v;
   }
 
-  // A string encoding number of the platform (see platform/encodings.h).
-  std::int32_t GetQIFImportEncoding() const { return QIFImportEncoding_; }
-  void SetQIFImportEncoding(std::int32_t encoding) { QIFImportEncoding_ = encoding; }
-  std::int32_t GetQIFImportDateFormat() const { return QIFImportDateFormat_; }
-  void SetQIFImportDateFormat(std::int32_t format) { QIFImportDateFormat_ = format; }
-  const std::string& GetQIFImportDecimalSeparator() const { return QIFImportDecimalSeparator_; }
-  void SetQIFImportDecimalSeparator(std::string s) { QIFImportDecimalSeparator_ = std::move(s); }
-  const std::string& GetQIFImportThousandsSeparator() const { return QIFImportThousandsSeparator_; }
-  void SetQIFImportThousandsSeparator(std::string s) {
-    QIFImportThousandsSeparator_ = std::move(s);
+  std::int32_t GetQIFImportEncoding() const { return qifImport_.encoding; }
+  void SetQIFImportEncoding(std::int32_t v) { qifImport_.encoding = v; }
+  std::int32_t GetQIFImportDateFormat() const { return qifImport_.dateFormat; }
+  void SetQIFImportDateFormat(std::int32_t v) { qifImport_.dateFormat = v; }
+  const std::string& GetQIFImportDecimalSeparator() const { return qifImport_.decimalSeparator; }
+  void SetQIFImportDecimalSeparator(std::string v) { qifImport_.decimalSeparator = std::move(v); }
+  const std::string& GetQIFImportThousandsSeparator() const {
+    return qifImport_.thousandsSeparator;
   }
-  bool GetQIFImportZeroAmountsAsDeposits() const { return QIFImportZeroAmountsAsDeposits_; }
-  void SetQIFImportZeroAmountsAsDeposits(bool on) { QIFImportZeroAmountsAsDeposits_ = on; }
-  bool GetQIFImportAllCategories() const { return QIFImportAllCategories_; }
-  void SetQIFImportAllCategories(bool on) { QIFImportAllCategories_ = on; }
-  bool GetQIFImportSplitLineItems() const { return QIFImportSplitLineItems_; }
-  void SetQIFImportSplitLineItems(bool on) { QIFImportSplitLineItems_ = on; }
-  std::int32_t GetQIFImport_SwapOptions_ToFrom() const { return QIFImport_SwapOptions_ToFrom_; }
-  void SetQIFImport_SwapOptions_ToFrom(std::int32_t v) { QIFImport_SwapOptions_ToFrom_ = v; }
-  std::int32_t GetQIFImport_SwapOptions_Category() const { return QIFImport_SwapOptions_Category_; }
-  void SetQIFImport_SwapOptions_Category(std::int32_t v) { QIFImport_SwapOptions_Category_ = v; }
-  std::int32_t GetQIFImport_SwapOptions_Description() const {
-    return QIFImport_SwapOptions_Description_;
+  void SetQIFImportThousandsSeparator(std::string v) {
+    qifImport_.thousandsSeparator = std::move(v);
   }
-  void SetQIFImport_SwapOptions_Description(std::int32_t v) {
-    QIFImport_SwapOptions_Description_ = v;
-  }
+  bool GetQIFImportZeroAmountsAsDeposits() const { return qifImport_.zeroAmountsAsDeposits; }
+  void SetQIFImportZeroAmountsAsDeposits(bool v) { qifImport_.zeroAmountsAsDeposits = v; }
+  bool GetQIFImportAllCategories() const { return qifImport_.allCategories; }
+  void SetQIFImportAllCategories(bool v) { qifImport_.allCategories = v; }
+  bool GetQIFImportSplitLineItems() const { return qifImport_.splitLineItems; }
+  void SetQIFImportSplitLineItems(bool v) { qifImport_.splitLineItems = v; }
+  std::int32_t GetQIFImport_SwapOptions_ToFrom() const { return qifImport_.swapToFrom; }
+  void SetQIFImport_SwapOptions_ToFrom(std::int32_t v) { qifImport_.swapToFrom = v; }
+  std::int32_t GetQIFImport_SwapOptions_Category() const { return qifImport_.swapCategory; }
+  void SetQIFImport_SwapOptions_Category(std::int32_t v) { qifImport_.swapCategory = v; }
+  std::int32_t GetQIFImport_SwapOptions_Description() const { return qifImport_.swapDescription; }
+  void SetQIFImport_SwapOptions_Description(std::int32_t v) { qifImport_.swapDescription = v; }
 
-  std::int32_t GetTextImportEncoding() const { return textImportEncoding_; }
-  void SetTextImportEncoding(std::int32_t encoding) { textImportEncoding_ = encoding; }
-  // The column layout of the text import; nullopt until the user makes one.
+  std::int32_t GetTextImportEncoding() const { return textImport_.encoding; }
+  void SetTextImportEncoding(std::int32_t v) { textImport_.encoding = v; }
   const std::optional<std::vector<std::int32_t>>& GetTextImportDataLayout() const {
-    return textImportDataLayout_;
+    return textImport_.dataLayout;
   }
-  void SetTextImportDataLayout(std::optional<std::vector<std::int32_t>> layout) {
-    textImportDataLayout_ = std::move(layout);
+  void SetTextImportDataLayout(std::optional<std::vector<std::int32_t>> v) {
+    textImport_.dataLayout = std::move(v);
   }
-  bool GetTextImportSkipFirstRow() const { return textImportSkipFirstRow_; }
-  void SetTextImportSkipFirstRow(bool skip) { textImportSkipFirstRow_ = skip; }
-  std::int32_t GetTextImportDataFormat() const { return textImportDataFormat_; }
-  void SetTextImportDataFormat(std::int32_t format) { textImportDataFormat_ = format; }
-  std::int32_t GetTextImportDateFormat() const { return textImportDateFormat_; }
-  void SetTextImportDateFormat(std::int32_t format) { textImportDateFormat_ = format; }
-  const std::string& GetTextImportDecimalSeparator() const { return textImportDecimalSeparator_; }
-  void SetTextImportDecimalSeparator(std::string s) { textImportDecimalSeparator_ = std::move(s); }
+  bool GetTextImportSkipFirstRow() const { return textImport_.skipFirstRow; }
+  void SetTextImportSkipFirstRow(bool v) { textImport_.skipFirstRow = v; }
+  std::int32_t GetTextImportDataFormat() const { return textImport_.dataFormat; }
+  void SetTextImportDataFormat(std::int32_t v) { textImport_.dataFormat = v; }
+  std::int32_t GetTextImportDateFormat() const { return textImport_.dateFormat; }
+  void SetTextImportDateFormat(std::int32_t v) { textImport_.dateFormat = v; }
+  const std::string& GetTextImportDecimalSeparator() const { return textImport_.decimalSeparator; }
+  void SetTextImportDecimalSeparator(std::string v) { textImport_.decimalSeparator = std::move(v); }
   const std::string& GetTextImportThousandsSeparator() const {
-    return textImportThousandsSeparator_;
+    return textImport_.thousandsSeparator;
   }
-  void SetTextImportThousandsSeparator(std::string s) {
-    textImportThousandsSeparator_ = std::move(s);
+  void SetTextImportThousandsSeparator(std::string v) {
+    textImport_.thousandsSeparator = std::move(v);
   }
   std::uint8_t GetTextImportZeroAmountsAsDeposits() const {
-    return textImportZeroAmountsAsDeposits_;
+    return textImport_.zeroAmountsAsDeposits;
   }
-  void SetTextImportZeroAmountsAsDeposits(std::uint8_t on) {
-    textImportZeroAmountsAsDeposits_ = on;
-  }
+  void SetTextImportZeroAmountsAsDeposits(std::uint8_t v) { textImport_.zeroAmountsAsDeposits = v; }
 
-  std::int32_t textExport_ExportType() const { return textExport_ExportType_; }
-  void setTextExport_ExportType(std::int32_t type) { textExport_ExportType_ = type; }
-  std::int32_t textExport_Encoding() const { return textExport_Encoding_; }
-  void setTextExport_Encoding(std::int32_t encoding) { textExport_Encoding_ = encoding; }
+  std::int32_t textExport_ExportType() const { return textExport_.exportType; }
+  void setTextExport_ExportType(std::int32_t v) { textExport_.exportType = v; }
+  std::int32_t textExport_Encoding() const { return textExport_.encoding; }
+  void setTextExport_Encoding(std::int32_t v) { textExport_.encoding = v; }
 
   // Account numbers last used as the two ends of a transfer; -1 for none.
   std::int32_t lastFromAccount() const { return lastFromAccount_; }
@@ -428,19 +483,17 @@ class TARNAccount {
   void setLastToAccount(std::int32_t number) { lastToAccount_ = number; }
 
   // ---------------------------------------------------------------------
-  // Ledger operations (balances, numbering, look-ups, suggestion lists,
-  // sorting, export) are declared below this line.
+  // Entry sets and balances (account_balances.cpp)
   // ---------------------------------------------------------------------
 
-  // Entry sets (account_balances.cpp). The working set of every balance,
-  // total, look-up and check number is GetAllEntries: the register followed
-  // by each folder's entries, in folder order.
+  // The working set of every balance, total, look-up and check number is
+  // GetAllEntries: the register followed by each folder's entries, in folder
+  // order.
   Entries GetAllEntries() const;
   Entries GetDebits() const;
   Entries GetDeposits() const;
 
-  // Balances (account_balances.cpp). Void entries never count. Each is one
-  // pass over the entries.
+  // Void entries never count. Each balance is one pass over the entries.
   // 0.0 while the account is not authenticated.
   double GetBalance() const;
   // Entries dated on or before today; no authentication test.
@@ -460,8 +513,12 @@ class TARNAccount {
   // and check order. One sort and one pass.
   void CacheRunningBalances();
 
-  // Numbering (account_numbering.cpp). Linked deposits (the receiving half of
-  // a transfer) carry the other account's check number and never count.
+  // ---------------------------------------------------------------------
+  // Numbering (account_numbering.cpp)
+  // ---------------------------------------------------------------------
+
+  // Linked deposits (the receiving half of a transfer) carry the other
+  // account's check number and never count.
   // One more than the highest schedule number; 0 without schedules.
   std::int32_t NextAvailableScheduleNumber() const;
   // The highest check number of any entry, check or not; startingCheckNumber
@@ -478,7 +535,11 @@ class TARNAccount {
   std::int32_t nextAvailableTypeNumber() const;
   std::int32_t nextAvailableCategoryNumber() const;
 
-  // Look-ups (account_lookups.cpp), over GetAllEntries; nullptr when absent.
+  // ---------------------------------------------------------------------
+  // Look-ups and pending scheduled entries (account_lookups.cpp)
+  // ---------------------------------------------------------------------
+
+  // Over GetAllEntries; nullptr when absent.
   std::shared_ptr<TARNAccountEntry> GetEntryWithNumber(std::int32_t number) const;
   // Smallest (largest) date; the first in list order among equal dates.
   std::shared_ptr<TARNAccountEntry> GetFirstEntry() const;
@@ -501,14 +562,18 @@ class TARNAccount {
   void deactivateType(const std::shared_ptr<TARNAccountEntryType>& type);
   void deactivateCategory(const std::shared_ptr<TARNAccountEntryCategory>& category);
 
-  // Pending scheduled entries (account_lookups.cpp).
+  // Scheduled entries that have come due.
   bool HasPendingScheduledEntries() const;
   // 0 for nullopt.
   std::int32_t numberOfPendingScheduledEntriesForDate(
       const std::optional<CalendarDate>& date) const;
 
-  // Suggestion lists for the entry sheet (account_suggestions.cpp). Empty
-  // while the account is not authenticated. _All: every distinct non-empty
+  // ---------------------------------------------------------------------
+  // Suggestion lists and imports between accounts (account_suggestions.cpp)
+  // ---------------------------------------------------------------------
+
+  // The lists of the entry sheet. Empty while the account is not
+  // authenticated. _All: every distinct non-empty
   // text (case-insensitively; the first spelling wins), sorted
   // case-insensitively. _Some: the most recently entered distinct texts,
   // newest first, stopping after the addition made with n already in the
@@ -532,23 +597,20 @@ class TARNAccount {
   std::optional<Strings> GetPreferredTos() const;
   std::optional<Strings> GetPreferredFroms() const;
 
-  // Imports between accounts (account_suggestions.cpp); nothing unless the
-  // other account exists and is authenticated. Types whose names this
+  // Imports from another account: nothing unless the other account exists
+  // and is authenticated. Types whose names this
   // account lacks (case-insensitively) are copied with new numbers; texts of
   // the user's lists are appended when not already there.
   void importTypesFromAccount(const TARNAccount* other);
   void importDescriptionsFromAccount(const TARNAccount* other);
   void importToFromsFromAccount(const TARNAccount* other);
 
-  // Password (account_sorting.cpp). The stored password is always a string;
-  // the empty string means none.
-  bool HasPassword() const { return !password_.empty(); }
-  // nullopt signs the account out; the stored password signs it in; any
-  // other text leaves the state as it was. Returns the state.
-  bool Authenticate(const std::optional<std::string>& password);
+  // ---------------------------------------------------------------------
+  // Sorting (account_sorting.cpp)
+  // ---------------------------------------------------------------------
 
-  // Sorting (account_sorting.cpp). Sorts the selected folder (or the
-  // register) in place by a column, entry number breaking ties.
+  // Sorts the selected folder (or the register) in place by a column, entry
+  // number breaking ties.
   void SortBy(std::int32_t column, bool descending);
   // Orders of accounts for the host's list: 1, 0 or -1.
   int NameIsGreaterThan(const TARNAccount& other) const;
@@ -557,10 +619,13 @@ class TARNAccount {
   int BalanceIsGreaterThan(const TARNAccount& other) const;
   int BalanceIsGreaterThan_Reversed(const TARNAccount& other) const;
 
-  // Export (account_export_qif.cpp, account_export_text.cpp). The register,
-  // or what the options' filter keeps of it, in date and check order; the
-  // starting balance leads unless a filter is given. nullptr options mean
-  // the defaults.
+  // ---------------------------------------------------------------------
+  // Export (account_export_qif.cpp, account_export_text.cpp)
+  // ---------------------------------------------------------------------
+
+  // The register, or what the options' filter keeps of it, in date and check
+  // order; the starting balance leads unless a filter is given. nullptr
+  // options mean the defaults.
   std::string asQIFStringWithOptions(const TARNExportOptions* options) const;
   std::string asTabDelimitedStringWithOptions(const TARNExportOptions* options) const;
 
@@ -577,10 +642,11 @@ class TARNAccount {
   void readCurrency(const plist::Value* value);
 
   // The filtered view of one view type, and the date span of the register
-  // that its "all entries" range covers (account_folders.cpp).
+  // that its "all entries" range covers (account_view_filters.cpp).
   Entries filteredEntries(std::int32_t viewType) const;
   std::pair<DateNumber, DateNumber> firstAndLastRegisterDates() const;
 
+  // Identity, records and register settings.
   TARNAccountsController* accountsController_ = nullptr;
   std::int32_t number_ = -1;
   std::int32_t version_ = 8;
@@ -601,6 +667,7 @@ class TARNAccount {
   bool authenticated_ = false;
   Schedules schedules_;
   std::int32_t numberCount_ = 0;
+  // Suggestion preferences and summaries.
   std::int32_t preference_Descriptions_Style_ = 1;
   std::int32_t preference_ToFrom_Style_ = 1;
   std::int32_t preference_ToFrom_SomeSelection_ = 50;
@@ -613,55 +680,17 @@ class TARNAccount {
   std::shared_ptr<TARNAccountSummary> selectedAccountSummary_;
   double statementBalance_ = 0.0;
 
-  std::int32_t entryFilterType_ = 0;
-  plist::Value entryFilterData_;
-  std::int32_t entryResolvedFilterType_ = kViewResolvedAll;
-  std::int32_t entryTaxDeductibleFilterType_ = kViewTaxDeductibleAll;
-  std::int32_t entryDateFilterType_ = kViewDateAllEntries;
-  DateNumber entryDateFilterStartDate_ = 0;
-  DateNumber entryDateFilterEndDate_ = 0;
-  std::int32_t reconcileFilterType_ = 0;
-  plist::Value reconcileFilterData_;
-  std::int32_t reconcileResolvedFilterType_ = kViewResolvedAll;
-  std::int32_t reconcileTaxDeductibleFilterType_ = kViewTaxDeductibleAll;
-  std::int32_t reconcileDateFilterType_ = kViewDateAllEntries;
-  DateNumber reconcileDateFilterStartDate_ = 0;
-  DateNumber reconcileDateFilterEndDate_ = 0;
-
-  bool OFXImportZeroAmountsAsDeposits_ = true;
-  std::int32_t OFXImport_SwapOptions_Name_ = 2;
-  std::int32_t OFXImport_SwapOptions_Payee_ = 1;
-  std::int32_t OFXImport_SwapOptions_Memo_ = 4;
-  std::int32_t OFXImport_SwapOptions_TransactionType_ = 3;
-  std::int32_t OFXImport_SwapOptions_ReferenceNumber_ = 5;
-
-  std::int32_t QIFImportEncoding_ = 0;
-  std::int32_t QIFImportDateFormat_ = 0;
-  std::string QIFImportDecimalSeparator_;
-  std::string QIFImportThousandsSeparator_;
-  bool QIFImportZeroAmountsAsDeposits_ = true;
-  bool QIFImportAllCategories_ = false;
-  bool QIFImportSplitLineItems_ = true;
-  std::int32_t QIFImport_SwapOptions_ToFrom_ = 1;
-  std::int32_t QIFImport_SwapOptions_Category_ = 0;
-  std::int32_t QIFImport_SwapOptions_Description_ = 2;
-
-  std::int32_t textImportEncoding_ = 0;
-  std::optional<std::vector<std::int32_t>> textImportDataLayout_;
-  bool textImportSkipFirstRow_ = false;
-  std::int32_t textImportDataFormat_ = 0;
-  std::int32_t textImportDateFormat_ = 0;
-  std::string textImportDecimalSeparator_;
-  std::string textImportThousandsSeparator_;
-  std::uint8_t textImportZeroAmountsAsDeposits_ = 1;
-
-  // An odd stored default, kept as it is.
-  std::int32_t textExport_ExportType_ = -5;
-  std::int32_t textExport_Encoding_ = 0;
-
+  // Remembered settings, one value per group.
+  ViewFilterSettings entryViewFilter_;
+  ViewFilterSettings reconcileViewFilter_;
+  OFXImportSettings ofxImport_;
+  QIFImportSettings qifImport_;
+  TextImportSettings textImport_;
+  TextExportSettings textExport_;
   std::int32_t lastFromAccount_ = -1;
   std::int32_t lastToAccount_ = -1;
 
+  // Folders, smart folders and the window's selections.
   Filters smartFolders_;
   Folders folders_;
   std::weak_ptr<TARNFilter> smartFolder_;

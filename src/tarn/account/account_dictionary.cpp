@@ -18,6 +18,7 @@
 #include "tarn/model/entry_type.h"
 #include "tarn/platform/bulk_storage.h"
 #include "tarn/platform/log.h"
+#include "tarn/platform/number_text.h"
 #include "tarn/reports/account_summary.h"
 
 namespace tarn {
@@ -26,33 +27,6 @@ namespace {
 
 constexpr std::string_view kInvalidDictionary =
     "Invalid theDictionary supplied to -[TARNAccount initWithDictionary:]";
-
-// The leading integer of a text, as the platform's string reading gives it:
-// leading blanks skipped, an optional sign, digits; 0 when there are none,
-// clamped to the 32-bit range.
-std::int32_t LeadingInteger(std::string_view text) {
-  std::size_t i = 0;
-  while (i < text.size() && (text[i] == ' ' || text[i] == '\t' || text[i] == '\n')) ++i;
-  bool negative = false;
-  if (i < text.size() && (text[i] == '+' || text[i] == '-')) negative = text[i++] == '-';
-  std::int64_t magnitude = 0;
-  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
-    magnitude = std::min<std::int64_t>(magnitude * 10 + (text[i] - '0'),
-                                       std::int64_t{std::numeric_limits<std::int32_t>::max()} + 1);
-  }
-  const std::int64_t value = negative ? -magnitude : magnitude;
-  return static_cast<std::int32_t>(std::clamp<std::int64_t>(
-      value, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()));
-}
-
-double LeadingReal(std::string_view text) {
-  std::size_t i = 0;
-  while (i < text.size() && (text[i] == ' ' || text[i] == '\t' || text[i] == '\n')) ++i;
-  if (i < text.size() && text[i] == '+') ++i;
-  double value = 0.0;
-  std::from_chars(text.data() + i, text.data() + text.size(), value);
-  return value;
-}
 
 // Keys read without a test of their kind: numbers, and texts by their leading
 // number as the platform reads them. Values of other kinds cannot be read as
@@ -175,6 +149,182 @@ plist::Array DictionariesOf(const std::vector<std::shared_ptr<Record>>& records)
 
 plist::Array StringArray(const std::vector<std::string>& texts) {
   return plist::Array(texts.begin(), texts.end());
+}
+
+// How a key of the remembered options logs its absence and a value of the
+// wrong kind: the shared option lines (or nothing when absent), or the lines
+// of the QIF and text-import separators, worded as the format has them.
+enum class KeyLines { kOption, kOptionQuietWhenMissing, kInitMethod, kInitFunction };
+
+std::string MissingLine(std::string_view key, KeyLines lines) {
+  switch (lines) {
+    case KeyLines::kOption:
+      return NoneDefined(key);
+    case KeyLines::kOptionQuietWhenMissing:
+      return {};
+    case KeyLines::kInitMethod:
+      return "No " + std::string(key) + " defined in -[TARNAccount initWithDictionary:]";
+    case KeyLines::kInitFunction:
+      return "No " + std::string(key) + " defined in TARNAccount:initWithDictionary";
+  }
+  return {};
+}
+
+std::string WrongLine(std::string_view key, KeyLines lines) {
+  switch (lines) {
+    case KeyLines::kOption:
+    case KeyLines::kOptionQuietWhenMissing:
+      return WrongFormat(key);
+    case KeyLines::kInitMethod:
+      return std::string(key) + " is in the wrong format in -[TARNAccount initWithDictionary:]";
+    case KeyLines::kInitFunction:
+      return std::string(key) + " is in the wrong format in TARNAccount:initWithDictionary";
+  }
+  return {};
+}
+
+// Each group of options lists its keys once, in the order they are read, and
+// a reader or a writer visits them: flags and integers are stored as
+// numbers, separators as texts, the text-import column layout as the text
+// "3,0,1", and the text import's zero-amount choice (a byte) as a flag.
+template <typename OFX, typename Visit>
+void OFXImportFields(OFX& ofx, Visit&& visit) {
+  using enum KeyLines;
+  visit("OFXImportZeroAmountsAsDeposits", kOption, ofx.zeroAmountsAsDeposits);
+  visit("OFXImport_SwapOptions_Name", kOptionQuietWhenMissing, ofx.swapName);
+  visit("OFXImport_SwapOptions_Memo", kOptionQuietWhenMissing, ofx.swapMemo);
+  visit("OFXImport_SwapOptions_Payee", kOptionQuietWhenMissing, ofx.swapPayee);
+  visit("OFXImport_SwapOptions_TransactionType", kOptionQuietWhenMissing, ofx.swapTransactionType);
+  visit("OFXImport_SwapOptions_ReferenceNumber", kOptionQuietWhenMissing, ofx.swapReferenceNumber);
+}
+
+template <typename QIF, typename Visit>
+void QIFImportFields(QIF& qif, Visit&& visit) {
+  using enum KeyLines;
+  visit("QIFImportEncoding", kOption, qif.encoding);
+  visit("QIFImportDateFormat", kOption, qif.dateFormat);
+  visit("QIFImportDecimalSeparator", kInitMethod, qif.decimalSeparator);
+  visit("QIFImportThousandsSeparator", kInitMethod, qif.thousandsSeparator);
+  visit("QIFImportZeroAmountsAsDeposits", kOption, qif.zeroAmountsAsDeposits);
+  visit("QIFImportAllCategories", kOption, qif.allCategories);
+  visit("QIFImportSplitLineItems", kOption, qif.splitLineItems);
+  visit("QIFImport_SwapOptions_ToFrom", kOption, qif.swapToFrom);
+  visit("QIFImport_SwapOptions_Category", kOption, qif.swapCategory);
+  visit("QIFImport_SwapOptions_Description", kOption, qif.swapDescription);
+}
+
+template <typename Text, typename Visit>
+void TextImportFields(Text& text, Visit&& visit) {
+  using enum KeyLines;
+  visit("textImportEncoding", kOption, text.encoding);
+  visit("textImportDataLayout", kOption, text.dataLayout);
+  visit("textImportSkipFirstRow", kOption, text.skipFirstRow);
+  visit("textImportDataFormat", kOption, text.dataFormat);
+  visit("textImportDateFormat", kOption, text.dateFormat);
+  visit("textImportDecimalSeparator", kInitFunction, text.decimalSeparator);
+  visit("textImportThousandsSeparator", kInitFunction, text.thousandsSeparator);
+  visit("textImportZeroAmountsAsDeposits", kOption, text.zeroAmountsAsDeposits);
+}
+
+template <typename Export, typename Visit>
+void TextExportFields(Export& text, Visit&& visit) {
+  visit("textExport_ExportType", KeyLines::kOption, text.exportType);
+  visit("textExport_Encoding", KeyLines::kOption, text.encoding);
+}
+
+// Reads a key into its field, logging as the key's lines say; the field keeps
+// its value when the key is absent or of the wrong kind.
+class FieldReader {
+ public:
+  explicit FieldReader(const KeyReader& keys) : keys_(keys) {}
+
+  void operator()(std::string_view key, KeyLines lines, bool& field) const {
+    keys_.number(key, MissingLine(key, lines), WrongLine(key, lines),
+                 [&field](const plist::Value& v) { field = v.boolValue(); });
+  }
+  void operator()(std::string_view key, KeyLines lines, std::uint8_t& field) const {
+    keys_.number(key, MissingLine(key, lines), WrongLine(key, lines),
+                 [&field](const plist::Value& v) { field = v.boolValue() ? 1 : 0; });
+  }
+  void operator()(std::string_view key, KeyLines lines, std::int32_t& field) const {
+    keys_.number(key, MissingLine(key, lines), WrongLine(key, lines),
+                 [&field](const plist::Value& v) { field = v.intValue(); });
+  }
+  void operator()(std::string_view key, KeyLines lines, std::string& field) const {
+    keys_.string(key, MissingLine(key, lines), WrongLine(key, lines),
+                 [&field](const std::string& s) { field = s; });
+  }
+  void operator()(std::string_view key, KeyLines lines,
+                  std::optional<std::vector<std::int32_t>>& field) const {
+    keys_.string(key, MissingLine(key, lines), WrongLine(key, lines),
+                 [&field](const std::string& s) { field = SplitLayout(s); });
+  }
+
+ private:
+  const KeyReader& keys_;
+};
+
+// Stores each field under its key; a text-import layout the user never made
+// is left out.
+class FieldWriter {
+ public:
+  explicit FieldWriter(plist::Dictionary& d) : d_(d) {}
+
+  void operator()(const char* key, KeyLines, bool field) const { d_.emplace(key, field); }
+  void operator()(const char* key, KeyLines, std::uint8_t field) const {
+    d_.emplace(key, field != 0);
+  }
+  void operator()(const char* key, KeyLines, std::int32_t field) const { d_.emplace(key, field); }
+  void operator()(const char* key, KeyLines, const std::string& field) const {
+    d_.emplace(key, field);
+  }
+  void operator()(const char* key, KeyLines,
+                  const std::optional<std::vector<std::int32_t>>& field) const {
+    if (field) d_.emplace(key, JoinLayout(*field));
+  }
+
+ private:
+  plist::Dictionary& d_;
+};
+
+// The fields of a view filter, in the order they are stored. Each key is the
+// view's prefix ("entry" or "reconcile") followed by the field's suffix.
+constexpr const char* kFilterDataSuffix = "FilterData";
+struct ViewFilterNumber {
+  const char* suffix;
+  std::int32_t ViewFilterSettings::*field;
+};
+constexpr ViewFilterNumber kViewFilterNumbers[] = {
+    {"FilterType", &ViewFilterSettings::filterType},
+    {"ResolvedFilterType", &ViewFilterSettings::resolvedFilterType},
+    {"TaxDeductibleFilterType", &ViewFilterSettings::taxDeductibleFilterType},
+    {"DateFilterType", &ViewFilterSettings::dateFilterType},
+    {"DateFilterStartDate", &ViewFilterSettings::dateFilterStartDate},
+    {"DateFilterEndDate", &ViewFilterSettings::dateFilterEndDate},
+};
+
+// Missing keys are not logged; numbers are read loosely, and the search text
+// is kept whatever its kind.
+void ReadViewFilter(const KeyReader& keys, std::string_view prefix, ViewFilterSettings& view) {
+  std::string key(prefix);
+  if (const plist::Value* data = keys.find(key.append(kFilterDataSuffix))) view.filterData = *data;
+  for (const ViewFilterNumber& number : kViewFilterNumbers) {
+    key.assign(prefix).append(number.suffix);
+    if (const plist::Value* value = keys.find(key)) {
+      if (auto read = LooseInteger(*value)) view.*number.field = *read;
+    }
+  }
+}
+
+void WriteViewFilter(plist::Dictionary& d, std::string_view prefix,
+                     const ViewFilterSettings& view) {
+  std::string key(prefix);
+  for (const ViewFilterNumber& number : kViewFilterNumbers) {
+    d.emplace(key.assign(prefix).append(number.suffix), view.*number.field);
+  }
+  // A nil search text is left out.
+  if (!view.filterData.isNil())
+    d.emplace(key.assign(prefix).append(kFilterDataSuffix), view.filterData);
 }
 
 }  // namespace
@@ -378,94 +528,19 @@ void TARNAccount::loadSummaries(const plist::Value& dictionary) {
 
 void TARNAccount::loadViewFilters(const plist::Value& dictionary) {
   const KeyReader keys(dictionary);
-  const std::pair<const char*, std::int32_t*> settings[] = {
-      {"entryFilterType", &entryFilterType_},
-      {"entryFilterData", nullptr},
-      {"entryResolvedFilterType", &entryResolvedFilterType_},
-      {"entryTaxDeductibleFilterType", &entryTaxDeductibleFilterType_},
-      {"entryDateFilterType", &entryDateFilterType_},
-      {"entryDateFilterStartDate", &entryDateFilterStartDate_},
-      {"entryDateFilterEndDate", &entryDateFilterEndDate_},
-      {"reconcileFilterType", &reconcileFilterType_},
-      {"reconcileFilterData", nullptr},
-      {"reconcileResolvedFilterType", &reconcileResolvedFilterType_},
-      {"reconcileTaxDeductibleFilterType", &reconcileTaxDeductibleFilterType_},
-      {"reconcileDateFilterType", &reconcileDateFilterType_},
-      {"reconcileDateFilterStartDate", &reconcileDateFilterStartDate_},
-      {"reconcileDateFilterEndDate", &reconcileDateFilterEndDate_},
-  };
-  for (const auto& [key, field] : settings) {
-    const plist::Value* value = keys.find(key);
-    if (!value) continue;
-    if (!field) {
-      (key[0] == 'e' ? entryFilterData_ : reconcileFilterData_) = *value;
-    } else if (auto number = LooseInteger(*value)) {
-      *field = *number;
-    }
-  }
+  ReadViewFilter(keys, "entry", entryViewFilter_);
+  ReadViewFilter(keys, "reconcile", reconcileViewFilter_);
 }
 
 void TARNAccount::loadImportExportOptions(const plist::Value& dictionary) {
   const KeyReader keys(dictionary);
-  auto flag = [&keys](const char* key, bool logMissing, auto set) {
-    keys.number(key, logMissing ? NoneDefined(key) : std::string(), WrongFormat(key),
-                [&set](const plist::Value& v) { set(v.boolValue()); });
-  };
-  auto integer = [&keys](const char* key, bool logMissing, std::int32_t& field) {
-    keys.number(key, logMissing ? NoneDefined(key) : std::string(), WrongFormat(key),
-                [&field](const plist::Value& v) { field = v.intValue(); });
-  };
-  flag("OFXImportZeroAmountsAsDeposits", true,
-       [this](bool on) { SetOFXImportZeroAmountsAsDeposits(on); });
-  integer("OFXImport_SwapOptions_Name", false, OFXImport_SwapOptions_Name_);
-  integer("OFXImport_SwapOptions_Memo", false, OFXImport_SwapOptions_Memo_);
-  integer("OFXImport_SwapOptions_Payee", false, OFXImport_SwapOptions_Payee_);
-  integer("OFXImport_SwapOptions_TransactionType", false, OFXImport_SwapOptions_TransactionType_);
-  integer("OFXImport_SwapOptions_ReferenceNumber", false, OFXImport_SwapOptions_ReferenceNumber_);
-
-  integer("QIFImportEncoding", true, QIFImportEncoding_);
-  integer("QIFImportDateFormat", true, QIFImportDateFormat_);
-  keys.string(
-      "QIFImportDecimalSeparator",
-      "No QIFImportDecimalSeparator defined in -[TARNAccount initWithDictionary:]",
-      "QIFImportDecimalSeparator is in the wrong format in -[TARNAccount initWithDictionary:]",
-      [this](const std::string& s) { SetQIFImportDecimalSeparator(s); });
-  keys.string(
-      "QIFImportThousandsSeparator",
-      "No QIFImportThousandsSeparator defined in -[TARNAccount initWithDictionary:]",
-      "QIFImportThousandsSeparator is in the wrong format in -[TARNAccount initWithDictionary:]",
-      [this](const std::string& s) { SetQIFImportThousandsSeparator(s); });
-  flag("QIFImportZeroAmountsAsDeposits", true,
-       [this](bool on) { SetQIFImportZeroAmountsAsDeposits(on); });
-  flag("QIFImportAllCategories", true, [this](bool on) { SetQIFImportAllCategories(on); });
-  flag("QIFImportSplitLineItems", true, [this](bool on) { SetQIFImportSplitLineItems(on); });
-  integer("QIFImport_SwapOptions_ToFrom", true, QIFImport_SwapOptions_ToFrom_);
-  integer("QIFImport_SwapOptions_Category", true, QIFImport_SwapOptions_Category_);
-  integer("QIFImport_SwapOptions_Description", true, QIFImport_SwapOptions_Description_);
-
-  integer("textImportEncoding", true, textImportEncoding_);
-  keys.string("textImportDataLayout", NoneDefined("textImportDataLayout"),
-              WrongFormat("textImportDataLayout"),
-              [this](const std::string& s) { SetTextImportDataLayout(SplitLayout(s)); });
-  flag("textImportSkipFirstRow", true, [this](bool on) { SetTextImportSkipFirstRow(on); });
-  integer("textImportDataFormat", true, textImportDataFormat_);
-  integer("textImportDateFormat", true, textImportDateFormat_);
-  keys.string("textImportDecimalSeparator",
-              "No textImportDecimalSeparator defined in TARNAccount:initWithDictionary",
-              "textImportDecimalSeparator is in the wrong format in TARNAccount:initWithDictionary",
-              [this](const std::string& s) { SetTextImportDecimalSeparator(s); });
-  keys.string(
-      "textImportThousandsSeparator",
-      "No textImportThousandsSeparator defined in TARNAccount:initWithDictionary",
-      "textImportThousandsSeparator is in the wrong format in TARNAccount:initWithDictionary",
-      [this](const std::string& s) { SetTextImportThousandsSeparator(s); });
-  flag("textImportZeroAmountsAsDeposits", true,
-       [this](bool on) { SetTextImportZeroAmountsAsDeposits(on ? 1 : 0); });
-
-  integer("textExport_ExportType", true, textExport_ExportType_);
-  integer("textExport_Encoding", true, textExport_Encoding_);
-  integer("lastFromAccount", false, lastFromAccount_);
-  integer("lastToAccount", false, lastToAccount_);
+  const FieldReader reader(keys);
+  OFXImportFields(ofxImport_, reader);
+  QIFImportFields(qifImport_, reader);
+  TextImportFields(textImport_, reader);
+  TextExportFields(textExport_, reader);
+  reader("lastFromAccount", KeyLines::kOptionQuietWhenMissing, lastFromAccount_);
+  reader("lastToAccount", KeyLines::kOptionQuietWhenMissing, lastToAccount_);
 }
 
 // Smart folders and folders replace the defaults when the key holds a list.
@@ -536,50 +611,13 @@ plist::Value TARNAccount::asDictionary() const {
   d.emplace("accountSummaries", std::move(summaries));
   d.emplace("selectedAccountSummary", selectedIndex);
 
-  d.emplace("entryFilterType", entryFilterType_);
-  if (!entryFilterData_.isNil()) d.emplace("entryFilterData", entryFilterData_);
-  d.emplace("entryResolvedFilterType", entryResolvedFilterType_);
-  d.emplace("entryTaxDeductibleFilterType", entryTaxDeductibleFilterType_);
-  d.emplace("entryDateFilterType", entryDateFilterType_);
-  d.emplace("entryDateFilterStartDate", entryDateFilterStartDate_);
-  d.emplace("entryDateFilterEndDate", entryDateFilterEndDate_);
-  d.emplace("reconcileFilterType", reconcileFilterType_);
-  if (!reconcileFilterData_.isNil()) d.emplace("reconcileFilterData", reconcileFilterData_);
-  d.emplace("reconcileResolvedFilterType", reconcileResolvedFilterType_);
-  d.emplace("reconcileTaxDeductibleFilterType", reconcileTaxDeductibleFilterType_);
-  d.emplace("reconcileDateFilterType", reconcileDateFilterType_);
-  d.emplace("reconcileDateFilterStartDate", reconcileDateFilterStartDate_);
-  d.emplace("reconcileDateFilterEndDate", reconcileDateFilterEndDate_);
-
-  d.emplace("OFXImportZeroAmountsAsDeposits", OFXImportZeroAmountsAsDeposits_);
-  d.emplace("OFXImport_SwapOptions_Name", OFXImport_SwapOptions_Name_);
-  d.emplace("OFXImport_SwapOptions_Memo", OFXImport_SwapOptions_Memo_);
-  d.emplace("OFXImport_SwapOptions_Payee", OFXImport_SwapOptions_Payee_);
-  d.emplace("OFXImport_SwapOptions_TransactionType", OFXImport_SwapOptions_TransactionType_);
-  d.emplace("OFXImport_SwapOptions_ReferenceNumber", OFXImport_SwapOptions_ReferenceNumber_);
-
-  d.emplace("QIFImportEncoding", QIFImportEncoding_);
-  d.emplace("QIFImportDateFormat", QIFImportDateFormat_);
-  d.emplace("QIFImportDecimalSeparator", QIFImportDecimalSeparator_);
-  d.emplace("QIFImportThousandsSeparator", QIFImportThousandsSeparator_);
-  d.emplace("QIFImportZeroAmountsAsDeposits", QIFImportZeroAmountsAsDeposits_);
-  d.emplace("QIFImportAllCategories", QIFImportAllCategories_);
-  d.emplace("QIFImportSplitLineItems", QIFImportSplitLineItems_);
-  d.emplace("QIFImport_SwapOptions_ToFrom", QIFImport_SwapOptions_ToFrom_);
-  d.emplace("QIFImport_SwapOptions_Category", QIFImport_SwapOptions_Category_);
-  d.emplace("QIFImport_SwapOptions_Description", QIFImport_SwapOptions_Description_);
-
-  d.emplace("textImportEncoding", textImportEncoding_);
-  if (textImportDataLayout_) d.emplace("textImportDataLayout", JoinLayout(*textImportDataLayout_));
-  d.emplace("textImportSkipFirstRow", textImportSkipFirstRow_);
-  d.emplace("textImportDataFormat", textImportDataFormat_);
-  d.emplace("textImportDateFormat", textImportDateFormat_);
-  d.emplace("textImportDecimalSeparator", textImportDecimalSeparator_);
-  d.emplace("textImportThousandsSeparator", textImportThousandsSeparator_);
-  d.emplace("textImportZeroAmountsAsDeposits", textImportZeroAmountsAsDeposits_ != 0);
-
-  d.emplace("textExport_ExportType", textExport_ExportType_);
-  d.emplace("textExport_Encoding", textExport_Encoding_);
+  WriteViewFilter(d, "entry", entryViewFilter_);
+  WriteViewFilter(d, "reconcile", reconcileViewFilter_);
+  const FieldWriter writer(d);
+  OFXImportFields(ofxImport_, writer);
+  QIFImportFields(qifImport_, writer);
+  TextImportFields(textImport_, writer);
+  TextExportFields(textExport_, writer);
   d.emplace("lastFromAccount", lastFromAccount_);
   // Stored as a flag made from the low byte, not as the number: read back, any
   // account number with a non-zero low byte becomes 1. Kept for compatibility

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "tarn/account/account.h"
+#include "tarn/account/account_export_shared.h"
 #include "tarn/account/export_options.h"
-#include "tarn/account/export_text.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/platform/calendar_date.h"
 #include "tarn/platform/localized.h"

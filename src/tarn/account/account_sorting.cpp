@@ -1,17 +1,15 @@
-// Sorting the register by a column, the orders of accounts in the host's
-// list, and the account's own password.
+// Sorting the register by a column, and the orders of accounts in the host's
+// list.
 
 #include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "tarn/account/account.h"
 #include "tarn/account/account_folder.h"
-#include "tarn/account/folded_text.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/platform/text.h"
 
@@ -106,14 +104,11 @@ void TARNAccount::SortBy(std::int32_t column, bool descending) {
   // exactly as the entries' comparators do.
   switch (column) {
     case kSortColumnCheckNumber:
-      return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
-        const bool check = entry.IsCheck();
-        return std::pair(check ? 0 : 1, check ? entry.GetCheckNumber() : 0);
-      });
+      return SortByKeys(list, descending,
+                        [](const TARNAccountEntry& entry) { return entry.CheckOrderKey(); });
     case kSortColumnDate:
       return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
-        const bool check = entry.IsCheck();
-        return std::tuple(entry.GetDate(), check ? 0 : 1, check ? entry.GetCheckNumber() : 0);
+        return std::pair(entry.GetDate(), entry.CheckOrderKey());
       });
     case kSortColumnDescription:
       return SortByKeys(list, descending, [](const TARNAccountEntry& entry) {
@@ -160,17 +155,6 @@ int TARNAccount::BalanceIsGreaterThan(const TARNAccount& other) const {
 
 int TARNAccount::BalanceIsGreaterThan_Reversed(const TARNAccount& other) const {
   return -BalanceIsGreaterThan(other);
-}
-
-bool TARNAccount::Authenticate(const std::optional<std::string>& password) {
-  // An account always holds a password string (empty for none), so the
-  // "no password at all" case of older hosts cannot arise here.
-  if (!password) {
-    authenticated_ = false;
-  } else if (*password == password_) {
-    authenticated_ = true;
-  }
-  return authenticated_;
 }
 
 }  // namespace tarn

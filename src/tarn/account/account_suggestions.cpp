@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "tarn/account/account.h"
-#include "tarn/account/folded_text.h"
 #include "tarn/account/ledger_entries.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/model/entry_type.h"

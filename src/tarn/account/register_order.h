@@ -15,22 +15,19 @@ namespace tarn {
 
 struct RegisterOrderKey {
   DateNumber date;
-  std::int32_t nonCheck;     // 0 for a check, 1 otherwise: checks first
-  std::int32_t checkNumber;  // compared only between checks (0 otherwise)
   std::int32_t number;
-  std::uint32_t position;  // list position: equal entry numbers keep list order
+  std::int64_t checkOrder;  // TARNAccountEntry::CheckOrderKey: checks first
+  std::uint32_t position;   // list position: equal entry numbers keep list order
   TARNAccountEntry* entry;
 
   friend bool operator<(const RegisterOrderKey& a, const RegisterOrderKey& b) {
-    return std::tie(a.date, a.nonCheck, a.checkNumber, a.number, a.position) <
-           std::tie(b.date, b.nonCheck, b.checkNumber, b.number, b.position);
+    return std::tie(a.date, a.checkOrder, a.number, a.position) <
+           std::tie(b.date, b.checkOrder, b.number, b.position);
   }
 };
 
 inline RegisterOrderKey MakeRegisterOrderKey(TARNAccountEntry& entry, std::uint32_t position) {
-  const bool check = entry.IsCheck();
-  return {entry.GetDate(),   check ? 0 : 1, check ? entry.GetCheckNumber() : 0,
-          entry.GetNumber(), position,      &entry};
+  return {entry.GetDate(), entry.GetNumber(), entry.CheckOrderKey(), position, &entry};
 }
 
 // The entries in the order of DatePrimaryCheckSecondaryIsGreaterThan, ties of

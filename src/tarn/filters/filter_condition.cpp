@@ -3,23 +3,14 @@
 #include "tarn/filters/prepared_condition.h"
 
 namespace tarn {
-namespace {
-
-// A number under `key` replaces `field`; a missing key or another kind keeps it.
-void readNumber(const plist::Value& dictionary, std::string_view key, std::int32_t& field) {
-  const plist::Value* value = dictionary.find(key);
-  if (value && value->isNumber()) field = value->intValue();
-}
-
-}  // namespace
 
 std::shared_ptr<TARNFilterCondition> TARNFilterCondition::initWithDictionary(
     const plist::Value& dictionary) {
   if (!dictionary.isNil() && !dictionary.isDictionary()) return nullptr;
   auto condition = std::make_shared<TARNFilterCondition>();
-  readNumber(dictionary, "category", condition->category_);
-  readNumber(dictionary, "logic", condition->logic_);
-  readNumber(dictionary, "qualifier", condition->qualifier_);
+  plist::ReadNumber(dictionary, "category", condition->category_);
+  plist::ReadNumber(dictionary, "logic", condition->logic_);
+  plist::ReadNumber(dictionary, "qualifier", condition->qualifier_);
   if (const plist::Value* data = dictionary.find("data")) condition->data_ = *data;
   return condition;
 }

@@ -12,11 +12,6 @@ namespace {
 
 constexpr std::size_t kPrefetchDistance = 16;
 
-void readNumber(const plist::Value& dictionary, std::string_view key, std::int32_t& field) {
-  const plist::Value* value = dictionary.find(key);
-  if (value && value->isNumber()) field = value->intValue();
-}
-
 // The group's conditions prepared for one run, in order, skipping nullptr
 // entries of the live list.
 std::vector<PreparedCondition> prepare(const TARNFilterConditionGroup::Conditions& conditions) {
@@ -34,8 +29,8 @@ std::shared_ptr<TARNFilterConditionGroup> TARNFilterConditionGroup::initWithDict
     const plist::Value& dictionary) {
   if (!dictionary.isNil() && !dictionary.isDictionary()) return nullptr;
   auto group = std::make_shared<TARNFilterConditionGroup>();
-  readNumber(dictionary, "logic", group->logic_);
-  readNumber(dictionary, "qualifier", group->qualifier_);
+  plist::ReadNumber(dictionary, "logic", group->logic_);
+  plist::ReadNumber(dictionary, "qualifier", group->qualifier_);
   if (const plist::Value* conditions = dictionary.find("conditions")) {
     for (const plist::Value& element : conditions->arrayValue()) {
       if (!element.isDictionary()) continue;

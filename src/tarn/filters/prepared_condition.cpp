@@ -1,7 +1,6 @@
 #include "tarn/filters/prepared_condition.h"
 
 #include <charconv>
-#include <climits>
 
 #include "tarn/account/account.h"
 #include "tarn/account/accounts_controller.h"
@@ -11,6 +10,7 @@
 #include "tarn/model/account_entry.h"
 #include "tarn/model/category.h"
 #include "tarn/model/entry_type.h"
+#include "tarn/platform/number_text.h"
 #include "tarn/platform/user_defaults.h"
 
 namespace tarn {
@@ -18,32 +18,10 @@ namespace {
 
 using Outcome = NameMatchCache::Outcome;
 
-// The integer at the start of a text, as the platform's strings read one:
-// leading white space skipped, an optional sign, then digits; 0 when there
-// are none, and the 32-bit limit on overflow.
-std::int32_t leadingIntValue(std::string_view text) {
-  std::size_t i = 0;
-  while (i < text.size() && (text[i] == ' ' || text[i] == '\t' || text[i] == '\n' ||
-                             text[i] == '\r' || text[i] == '\f' || text[i] == '\v')) {
-    ++i;
-  }
-  bool negative = false;
-  if (i < text.size() && (text[i] == '+' || text[i] == '-')) negative = text[i++] == '-';
-  std::int64_t value = 0;
-  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
-    value = value * 10 + (text[i] - '0');
-    if (value > static_cast<std::int64_t>(INT32_MAX) + 1) break;
-  }
-  if (negative) value = -value;
-  if (value > INT32_MAX) return INT32_MAX;
-  if (value < INT32_MIN) return INT32_MIN;
-  return static_cast<std::int32_t>(value);
-}
-
 // A date condition's number: numbers give their integer value, and so do
 // texts (as the platform reads a leading integer); anything else reads 0.
 std::int32_t integerOf(const plist::Value& value) {
-  if (value.isString()) return leadingIntValue(value.stringValue());
+  if (value.isString()) return LeadingInteger(value.stringValue());
   return value.intValue();
 }
 

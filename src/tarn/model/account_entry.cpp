@@ -122,10 +122,7 @@ int compareValues(T a, T b) {
 
 // Checks sort before non-checks; two checks by their check numbers.
 int compareChecks(const TARNAccountEntry& a, const TARNAccountEntry& b) {
-  if (a.IsCheck() && b.IsCheck()) return compareValues(a.GetCheckNumber(), b.GetCheckNumber());
-  if (a.IsCheck()) return -1;
-  if (b.IsCheck()) return 1;
-  return 0;
+  return compareValues(a.CheckOrderKey(), b.CheckOrderKey());
 }
 
 std::string accountName(const TARNAccount* account) {

@@ -132,6 +132,16 @@ class TARNAccountEntry {
   // description and resolved state, with localised labels.
   virtual std::string asSpeakableString() const;
 
+  // Where the entry stands among the entries of one date in the register:
+  // checks first, by check number, then every other entry, all alike. One
+  // flat key, so that long lists sort without calling back into the entries;
+  // CheckNumberIsGreaterThan and DatePrimaryCheckSecondaryIsGreaterThan order
+  // by it too.
+  std::int64_t CheckOrderKey() const {
+    constexpr std::int64_t kAfterEveryCheck = std::int64_t{1} << 32;
+    return IsCheck() ? checkNumber_ : kAfterEveryCheck;
+  }
+
   // Sort comparisons: 1, 0 or -1 as this entry sorts after, with or before
   // `other`. Every one ends with the entry number, so no two entries of one
   // account compare equal; each _Reversed twin inverts the result.

@@ -64,18 +64,6 @@ size_t codePointCount(std::string_view text) {
       std::count_if(text.begin(), text.end(), [](char c) { return !isUtf8Continuation(c); }));
 }
 
-bool asciiEqualIgnoringCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    unsigned char x = static_cast<unsigned char>(a[i]);
-    unsigned char y = static_cast<unsigned char>(b[i]);
-    if (x >= 'A' && x <= 'Z') x = static_cast<unsigned char>(x + ('a' - 'A'));
-    if (y >= 'A' && y <= 'Z') y = static_cast<unsigned char>(y + ('a' - 'A'));
-    if (x != y) return false;
-  }
-  return true;
-}
-
 // The text without any case-insensitive occurrence of `symbol`. A match is
 // looked for over as many code points as the symbol has, which covers the
 // currency symbols in use (letters whose folded forms change length, such
@@ -89,7 +77,7 @@ std::string removingIgnoringCase(std::string_view text, std::string_view symbol)
   while (i < text.size()) {
     size_t matchLength = 0;
     if (ascii) {
-      if (asciiEqualIgnoringCase(text.substr(i, symbol.size()), symbol))
+      if (AsciiEqualIgnoringCase(text.substr(i, symbol.size()), symbol))
         matchLength = symbol.size();
     } else {
       size_t end = i;

@@ -271,20 +271,37 @@ bool IsAscii(std::string_view text) {
   return (accumulated & kHighBits) == 0;
 }
 
-std::string CaseFold(std::string_view text) {
-  std::string folded;
-  folded.reserve(text.size());
+bool AsciiEqualIgnoringCase(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && asciiEqualAt(a, 0, b);
+}
+
+void FoldInto(std::string_view text, std::string& out) {
+  out.assign(text);
+  // ASCII (the usual case) is lowered in place; the first byte beyond it
+  // sends the rest through the full Unicode folding.
   size_t position = 0;
+  for (; position < out.size(); ++position) {
+    const char c = out[position];
+    if (static_cast<unsigned char>(c) >= 0x80) break;
+    out[position] = static_cast<char>(lower(c));
+  }
+  if (position == out.size()) return;
+  out.resize(position);
   while (position < text.size()) {
     const char c = text[position];
     if (static_cast<unsigned char>(c) < 0x80) {
-      folded.push_back(static_cast<char>(lower(c)));
+      out.push_back(static_cast<char>(lower(c)));
       ++position;
     } else {
       char buffer[kMaxFoldedBytes];
-      folded.append(buffer, foldNonAscii(text, position, buffer));
+      out.append(buffer, foldNonAscii(text, position, buffer));
     }
   }
+}
+
+std::string CaseFold(std::string_view text) {
+  std::string folded;
+  FoldInto(text, folded);
   return folded;
 }
 

@@ -28,8 +28,17 @@ bool CaseInsensitiveContains(std::string_view haystack, std::string_view needle,
 // The case-folded form of a text, for callers that fold one side once and
 // compare it against many.
 std::string CaseFold(std::string_view text);
+// The same into a caller's buffer, for code that folds many texts in a row
+// (the account's suggestion lists and sorting): the folded forms compare byte
+// by byte exactly as CaseInsensitiveCompare orders the texts.
+void FoldInto(std::string_view text, std::string& out);
 
 bool IsAscii(std::string_view text);
+
+// Equality with only the ASCII letters A-Z folded; every other byte must
+// match exactly, so "SS" never equals "ß". For matching the parts of a text
+// whose length in bytes must not change.
+bool AsciiEqualIgnoringCase(std::string_view a, std::string_view b);
 
 // A needle folded once and matched against many haystacks, for filters that
 // run over every entry on each keystroke. matches() allocates nothing when the

@@ -108,4 +108,14 @@ const Value* Value::find(std::string_view key) const {
   return found == dictionary->end() ? nullptr : &found->second;
 }
 
+void ReadNumber(const Value& dictionary, std::string_view key, std::int32_t& field) {
+  const Value* value = dictionary.find(key);
+  if (value && value->isNumber()) field = value->intValue();
+}
+
+void ReadFlag(const Value& dictionary, std::string_view key, bool& field) {
+  const Value* value = dictionary.find(key);
+  if (value && value->isNumber()) field = value->boolValue();
+}
+
 }  // namespace tarn::plist

@@ -246,4 +246,10 @@ class Value {
       storage_;
 };
 
+// The optional number keys of a stored record: a number under `key` replaces
+// `field` (its integer or flag reading); a missing key, a value of another
+// kind or a receiver that is no dictionary leaves `field` as it was.
+void ReadNumber(const Value& dictionary, std::string_view key, std::int32_t& field);
+void ReadFlag(const Value& dictionary, std::string_view key, bool& field);
+
 }  // namespace tarn::plist

@@ -7,21 +7,6 @@
 
 namespace tarn {
 
-namespace {
-
-// The stored flag and number keys, in the order they are read.
-void readInt(const plist::Value& options, std::string_view key, std::int32_t& field) {
-  const plist::Value* value = options.find(key);
-  if (value && value->isNumber()) field = value->intValue();
-}
-
-void readBool(const plist::Value& options, std::string_view key, bool& field) {
-  const plist::Value* value = options.find(key);
-  if (value && value->isNumber()) field = value->boolValue();
-}
-
-}  // namespace
-
 TARNAccountSummary::TARNAccountSummary()
     : name_("Untitled Summary"),
       startDate_(CalendarDate::now().dateNumber()),
@@ -45,24 +30,24 @@ void TARNAccountSummary::setOptionsFromDictionary(const plist::Value& options) {
   if (const plist::Value* name = options.find("name"); name && name->isString()) {
     name_ = name->stringValue();
   }
-  readInt(options, "dateRangeStyle", dateRangeStyle_);
-  readInt(options, "startDate", startDate_);
-  readInt(options, "endDate", endDate_);
-  readBool(options, "showDebits", showDebits_);
-  readBool(options, "showDeposits", showDeposits_);
-  readInt(options, "showResolved", showResolved_);
-  readInt(options, "showTaxDeductible", showTaxDeductible_);
-  readInt(options, "showChecks", showChecks_);
-  readInt(options, "showStyle", showStyle_);
-  readBool(options, "subtotalDescriptions", subtotalDescriptions_);
-  readBool(options, "subtotalTypes", subtotalTypes_);
-  readBool(options, "subtotalToFroms", subtotalToFroms_);
-  readBool(options, "subtotalCategories", subtotalCategories_);
-  readBool(options, "parentCategorySubtotalsIncludeSubcategorySubtotals",
-           parentCategorySubtotalsIncludeSubcategorySubtotals_);
-  readInt(options, "subtotalPeriodStyle", subtotalPeriodStyle_);
-  readBool(options, "filter", filter_);
-  readInt(options, "filterType", filterType_);
+  plist::ReadNumber(options, "dateRangeStyle", dateRangeStyle_);
+  plist::ReadNumber(options, "startDate", startDate_);
+  plist::ReadNumber(options, "endDate", endDate_);
+  plist::ReadFlag(options, "showDebits", showDebits_);
+  plist::ReadFlag(options, "showDeposits", showDeposits_);
+  plist::ReadNumber(options, "showResolved", showResolved_);
+  plist::ReadNumber(options, "showTaxDeductible", showTaxDeductible_);
+  plist::ReadNumber(options, "showChecks", showChecks_);
+  plist::ReadNumber(options, "showStyle", showStyle_);
+  plist::ReadFlag(options, "subtotalDescriptions", subtotalDescriptions_);
+  plist::ReadFlag(options, "subtotalTypes", subtotalTypes_);
+  plist::ReadFlag(options, "subtotalToFroms", subtotalToFroms_);
+  plist::ReadFlag(options, "subtotalCategories", subtotalCategories_);
+  plist::ReadFlag(options, "parentCategorySubtotalsIncludeSubcategorySubtotals",
+                  parentCategorySubtotalsIncludeSubcategorySubtotals_);
+  plist::ReadNumber(options, "subtotalPeriodStyle", subtotalPeriodStyle_);
+  plist::ReadFlag(options, "filter", filter_);
+  plist::ReadNumber(options, "filterType", filterType_);
   if (const plist::Value* data = options.find("filterData")) filterData_ = *data;
 }
 

@@ -1,4 +1,4 @@
-#include "tarn/account/export_text.h"
+#include "tarn/account/account_export_shared.h"
 
 #include "tarn/account/accounts_controller.h"
 #include "tarn/account/export_options.h"

@@ -3,6 +3,7 @@
 // into the output, and per-export memories of date texts and category and
 // type names, so that a long register costs one formatting per distinct date
 // and one look-up per distinct category. All of them borrow the account.
+// Internal to the account module.
 #pragma once
 
 #include <charconv>

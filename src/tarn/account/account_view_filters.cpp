@@ -1,13 +1,14 @@
-// The account's folders and smart folders, the register's entry list, and the
-// view filters of the register and reconcile views.
+// The view filters of the register and reconcile views: a filter built from
+// a view's settings (search, date range, resolved and tax-deductible
+// choices) and the entries each view shows through it.
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "tarn/account/account.h"
 #include "tarn/account/account_folder.h"
 #include "tarn/filters/filter.h"
 #include "tarn/model/account_entry.h"
-#include "tarn/model/account_schedule.h"
 #include "tarn/platform/date_ranges.h"
 #include "tarn/platform/localized.h"
 
@@ -71,108 +72,17 @@ int MnemonicForViewDateType(std::int32_t type) {
   }
 }
 
-struct ViewSettings {
-  std::int32_t searchType;
-  const plist::Value* searchText;
-  std::int32_t resolvedType;
-  std::int32_t taxDeductibleType;
-  std::int32_t dateType;
-  DateNumber customStart;
-  DateNumber customEnd;
-};
-
-template <typename List, typename Item>
-void AddUnlessPresent(List& list, Item item) {
-  if (item && std::find(list.begin(), list.end(), item) == list.end()) {
-    list.push_back(std::move(item));
-  }
-}
-
-template <typename List>
-void RemoveAtIndex(List& list, std::int32_t index) {
-  if (index < 0 || static_cast<std::size_t>(index) >= list.size()) return;
-  list.erase(list.begin() + index);
-}
-
 }  // namespace
 
-void TARNAccount::SetEntries(Entries entries) {
-  entries_ = std::move(entries);
-  for (const auto& entry : entries_) entry->SetAccount(this);
-}
-
-void TARNAccount::SetSchedules(Schedules schedules) {
-  schedules_ = std::move(schedules);
-  for (const auto& schedule : schedules_) schedule->SetAccount(this);
-}
-
-void TARNAccount::AddEntry(const std::shared_ptr<TARNAccountEntry>& entry) {
-  if (!entry) return;
-  entry->SetAccount(this);
-  if (auto selected = folder()) {
-    selected->entries().push_back(entry);
-  } else {
-    entries_.push_back(entry);
-  }
-}
-
-void TARNAccount::RemoveEntry(const std::shared_ptr<TARNAccountEntry>& entry) {
-  if (!entry) return;
-  if (auto found = std::find(entries_.begin(), entries_.end(), entry); found != entries_.end()) {
-    entries_.erase(found);
-    return;
-  }
-  for (const auto& each : folders_) std::erase(each->entries(), entry);
-}
-
-void TARNAccount::addSmartFolder(std::shared_ptr<TARNFilter> smartFolder) {
-  AddUnlessPresent(smartFolders_, std::move(smartFolder));
-}
-
-void TARNAccount::removeSmartFolder(const std::shared_ptr<TARNFilter>& smartFolder) {
-  std::erase(smartFolders_, smartFolder);
-}
-
-void TARNAccount::removeSmartFolderAtIndex(std::int32_t index) {
-  RemoveAtIndex(smartFolders_, index);
-}
-
-void TARNAccount::addFolder(std::shared_ptr<TARNAccountFolder> folder) {
-  AddUnlessPresent(folders_, std::move(folder));
-}
-
-void TARNAccount::removeFolder(const std::shared_ptr<TARNAccountFolder>& folder) {
-  std::erase(folders_, folder);
-}
-
-void TARNAccount::removeFolderAtIndex(std::int32_t index) {
-  RemoveAtIndex(folders_, index);
-}
-
-void TARNAccount::SetFolders(Folders folders) {
-  folders_ = std::move(folders);
-  std::erase(folders_, nullptr);
-  for (const auto& each : folders_) {
-    for (const auto& entry : each->entries()) entry->SetAccount(this);
-  }
-}
-
 std::shared_ptr<TARNFilter> TARNAccount::filterForViewType(std::int32_t viewType) const {
-  auto filter = std::make_shared<TARNFilter>();
-  std::optional<ViewSettings> settings;
-  if (viewType == kEntryViewType) {
-    settings = ViewSettings{entryFilterType_,         &entryFilterData_,
-                            entryResolvedFilterType_, entryTaxDeductibleFilterType_,
-                            entryDateFilterType_,     entryDateFilterStartDate_,
-                            entryDateFilterEndDate_};
-  } else if (viewType == kReconcileViewType) {
-    settings = ViewSettings{reconcileFilterType_,         &reconcileFilterData_,
-                            reconcileResolvedFilterType_, reconcileTaxDeductibleFilterType_,
-                            reconcileDateFilterType_,     reconcileDateFilterStartDate_,
-                            reconcileDateFilterEndDate_};
-  }
-  if (!settings) return filter;
+  if (viewType == kEntryViewType) return filterForViewFilterSettings(entryViewFilter_);
+  if (viewType == kReconcileViewType) return filterForViewFilterSettings(reconcileViewFilter_);
+  return std::make_shared<TARNFilter>();
+}
 
+std::shared_ptr<TARNFilter> TARNAccount::filterForViewFilterSettings(
+    const ViewFilterSettings& settings) const {
+  auto filter = std::make_shared<TARNFilter>();
   auto group = std::make_shared<TARNFilterConditionGroup>();
   group->setLogic(kGroupLogicAnd);
   group->setQualifier(kGroupMatchAll);
@@ -180,32 +90,32 @@ std::shared_ptr<TARNFilter> TARNAccount::filterForViewType(std::int32_t viewType
   const char* nameKey = "General";
   std::int32_t field = kFieldAnything;
   for (const SearchField& search : kSearchFields) {
-    if (search.viewType == settings->searchType) {
+    if (search.viewType == settings.filterType) {
       nameKey = search.nameKey;
       field = search.field;
     }
   }
   filter->setName(Localized(nameKey));
   const plist::Value searchText =
-      settings->searchText->isNil() ? plist::Value(std::string()) : *settings->searchText;
+      settings.filterData.isNil() ? plist::Value(std::string()) : settings.filterData;
   group->addConditionWithCategory(field, kConditionKeepMatches, kTextContains, searchText);
 
   // The range is inclusive at both ends: after the day before the start,
   // before the day after the end (date numbers shifted as integers).
   std::optional<std::pair<DateNumber, DateNumber>> range;
   const DateNumber today = CalendarDate::now().dateNumber();
-  if (settings->dateType == kViewDateFirstEntryToToday) {
+  if (settings.dateFilterType == kViewDateFirstEntryToToday) {
     // The end is today at 23:59:59, whose date number is today's.
     if (entries_.empty()) {
       range.emplace(today, today);
     } else {
       range.emplace(firstAndLastRegisterDates().first, today);
     }
-  } else if (settings->dateType == kViewDateAllEntries) {
+  } else if (settings.dateFilterType == kViewDateAllEntries) {
     range = entries_.empty() ? std::pair(today, today) : firstAndLastRegisterDates();
-  } else if (settings->dateType == kViewDateCustom) {
-    range.emplace(settings->customStart, settings->customEnd);
-  } else if (int mnemonic = MnemonicForViewDateType(settings->dateType); mnemonic >= 0) {
+  } else if (settings.dateFilterType == kViewDateCustom) {
+    range.emplace(settings.dateFilterStartDate, settings.dateFilterEndDate);
+  } else if (int mnemonic = MnemonicForViewDateType(settings.dateFilterType); mnemonic >= 0) {
     CalendarDate start;
     CalendarDate end;
     DateRangeForMnemonic(mnemonic, start, end);
@@ -218,16 +128,16 @@ std::shared_ptr<TARNFilter> TARNAccount::filterForViewType(std::int32_t viewType
                                     plist::Value(range->second + 1));
   }
 
-  if (settings->resolvedType == kViewResolvedOnly ||
-      settings->resolvedType == kViewUnresolvedOnly) {
+  if (settings.resolvedFilterType == kViewResolvedOnly ||
+      settings.resolvedFilterType == kViewUnresolvedOnly) {
     group->addConditionWithCategory(kFieldResolved, kConditionKeepMatches, kFlagIs,
-                                    plist::Value(settings->resolvedType == kViewResolvedOnly));
+                                    plist::Value(settings.resolvedFilterType == kViewResolvedOnly));
   }
-  if (settings->taxDeductibleType == kViewTaxDeductibleOnly ||
-      settings->taxDeductibleType == kViewNotTaxDeductible) {
+  if (settings.taxDeductibleFilterType == kViewTaxDeductibleOnly ||
+      settings.taxDeductibleFilterType == kViewNotTaxDeductible) {
     group->addConditionWithCategory(
         kFieldTaxDeductible, kConditionKeepMatches, kFlagIs,
-        plist::Value(settings->taxDeductibleType == kViewTaxDeductibleOnly));
+        plist::Value(settings.taxDeductibleFilterType == kViewTaxDeductibleOnly));
   }
   filter->addConditionGroup(std::move(group));
   return filter;
