@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include <cmath>
 #include <limits>
 
@@ -95,6 +97,22 @@ TEST(NumberText, LeadingRealReadsTheLongestDecimalNumber) {
   EXPECT_GT(LeadingReal("4e-320"), 0.0);  // subnormal
   EXPECT_EQ(LeadingReal("inf"), std::numeric_limits<double>::infinity());
   EXPECT_TRUE(std::isnan(LeadingReal("nan")));
+}
+
+TEST(NumberText, LeadingDecimalNumberReadsPlainDecimalsOfAnyScript) {
+  const std::pair<const char*, double> decimals[] = {
+      {"-1234.50", -1234.5}, {"12.34.56", 12.34}, {"--5", 0.0},   {"5-3", 5.0},
+      {".5", 0.5},           {"-.5", -0.5},       {".", 0.0},     {"", 0.0},
+      {"7.", 7.0},           {" 2.5", 2.5},       {"-", 0.0},     {"\u0661\u0662.\u0665", 12.5},
+      {"0.1", 0.1},          {"abc", 0.0},        {"+4.25", 4.25}};
+  for (auto [text, expected] : decimals) {
+    EXPECT_DOUBLE_EQ(LeadingDecimalNumber(text), expected) << text;
+  }
+  EXPECT_EQ(LeadingDecimalNumber("1" + std::string(400, '0')),
+            std::numeric_limits<double>::infinity());
+  EXPECT_EQ(LeadingDecimalNumber("-1" + std::string(400, '0') + ".5"),
+            -std::numeric_limits<double>::infinity());
+  EXPECT_EQ(LeadingDecimalNumber("0." + std::string(400, '0') + "1"), 0.0);
 }
 
 }  // namespace

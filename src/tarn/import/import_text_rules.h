@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "tarn/platform/calendar_date.h"
+#include "tarn/platform/number_text.h"
 
 namespace tarn {
 
@@ -38,15 +39,32 @@ std::string TweakDateString(std::string_view text, std::string_view dateFormat);
 // text is read in the format. 0 when it does not read as a real date.
 DateNumber ImportDateNumber(std::string_view text, std::string_view dateFormat);
 
-// The longest leading decimal number of a text, after any leading white
-// space: an optional sign, digits (of any script) and at most one ".",
-// with at least one digit. 0 when there is none; a number beyond the range
-// of a double reads as an infinity of its sign.
-double LeadingDecimalNumber(std::string_view text);
+// ImportDateNumber in one date format, remembering the last text it read:
+// the records of a file come in date order, so most dates repeat the one
+// before. Not shared between threads.
+class ImportDateReader {
+ public:
+  explicit ImportDateReader(std::string dateFormat) : format_(std::move(dateFormat)) {}
+  DateNumber read(std::string_view text) {
+    if (!valid_ || text != lastText_) {
+      lastText_.assign(text);
+      lastDate_ = ImportDateNumber(text, format_);
+      valid_ = true;
+    }
+    return lastDate_;
+  }
 
-// The leading integer of a text as a 32-bit number: leading white space, an
-// optional sign, then ASCII digits. 0 when there are none ("check" reads as
-// 0); a value beyond the 32-bit range saturates to its largest or smallest.
-std::int32_t LeadingInt32(std::string_view text);
+ private:
+  std::string format_;
+  std::string lastText_;
+  DateNumber lastDate_ = 0;
+  bool valid_ = false;
+};
+
+// The leading integer of a text as a 32-bit number, clamped: the platform's
+// LeadingInteger under the name the importers first used.
+inline std::int32_t LeadingInt32(std::string_view text) {
+  return LeadingInteger(text);
+}
 
 }  // namespace tarn

@@ -9,6 +9,7 @@
 #include "tarn/account/account_settings.h"
 #include "tarn/import/import_text_rules.h"
 #include "tarn/platform/localized.h"
+#include "tarn/platform/number_text.h"
 
 namespace tarn {
 
@@ -121,11 +122,11 @@ class EntryFields {
 
   // To where a swap option sends the text; nowhere for values outside the table.
   void putSwapped(std::int32_t option, std::string_view text) {
-    if (option == kOFXSwapNumber) return put(kNumber, LeadingInt32(text));
+    if (option == kOFXSwapNumber) return put(kNumber, LeadingInteger(text));
     if (const int key = textKey(option); key >= 0) put(static_cast<Key>(key), text);
   }
   void putSwapped(std::int32_t option, std::string&& text) {
-    if (option == kOFXSwapNumber) return put(kNumber, LeadingInt32(text));
+    if (option == kOFXSwapNumber) return put(kNumber, LeadingInteger(text));
     if (const int key = textKey(option); key >= 0) {
       put(static_cast<Key>(key), plist::Value(std::move(text)));
     }
@@ -353,7 +354,7 @@ plist::Value TARNOFXImport::transactionToEntry(XMLNode transaction, bool loan,
   if (loan) entry.put(EntryFields::kSplits, loanSplits(fields.loanAmount));
   if (const auto fitID = simpleText(fields.fitID)) entry.put(EntryFields::kFitID, *fitID);
   if (const auto number = simpleText(fields.checkNumber)) {
-    entry.put(EntryFields::kNumber, LeadingInt32(*number));
+    entry.put(EntryFields::kNumber, LeadingInteger(*number));
   }
   if (swapOptions_RefNum_ != kOFXSwapNotRead) {
     if (const auto reference = simpleText(fields.refNumber)) {

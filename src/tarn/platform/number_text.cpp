@@ -1,7 +1,11 @@
 #include "tarn/platform/number_text.h"
 
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <string>
@@ -42,6 +46,21 @@ std::size_t whiteSpaceAt(std::string_view text) {
 
 }  // namespace
 
+int DecimalDigitValueAt(std::string_view text, std::size_t i, std::size_t& next) {
+  const auto byte = static_cast<unsigned char>(text[i]);
+  if (byte < 0x80) {
+    next = i + 1;
+    return byte >= '0' && byte <= '9' ? byte - '0' : -1;
+  }
+  UChar32 c;
+  auto offset = static_cast<std::int32_t>(i);
+  U8_NEXT(reinterpret_cast<const std::uint8_t*>(text.data()), offset,
+          static_cast<std::int32_t>(text.size()), c);
+  next = static_cast<std::size_t>(offset);
+  if (c < 0 || u_charType(c) != U_DECIMAL_DIGIT_NUMBER) return -1;
+  return u_charDigitValue(c);
+}
+
 std::size_t LeadingWhiteSpaceLength(std::string_view text) {
   std::size_t skipped = 0;
   while (const std::size_t length = whiteSpaceAt(text.substr(skipped))) skipped += length;
@@ -79,6 +98,49 @@ double LeadingReal(std::string_view text) {
     return std::strtod(std::string(begin, end).c_str(), nullptr);
   }
   return error == std::errc() ? value : 0.0;
+}
+
+double LeadingDecimalNumber(std::string_view text) {
+  std::size_t i = LeadingWhiteSpaceLength(text), next = 0;
+  std::string ascii;
+  if (i < text.size() && (text[i] == '-' || text[i] == '+')) {
+    if (text[i] == '-') ascii += '-';
+    ++i;
+  }
+  bool sawDigit = false, sawPoint = false, significant = false;
+  std::size_t integerDigits = 0;
+  while (i < text.size()) {
+    if (text[i] == '.' && !sawPoint) {
+      // A point counts only when a digit follows it or came before it.
+      std::size_t after = i + 1;
+      if (!sawDigit && (after >= text.size() || DecimalDigitValueAt(text, after, next) < 0)) break;
+      sawPoint = true;
+      ascii += '.';
+      i = after;
+      continue;
+    }
+    const int digit = DecimalDigitValueAt(text, i, next);
+    if (digit < 0) break;
+    sawDigit = true;
+    if (!sawPoint && (digit != 0 || significant)) {
+      significant = true;
+      ++integerDigits;
+    }
+    ascii += static_cast<char>('0' + digit);
+    i = next;
+  }
+  if (!sawDigit) return 0.0;
+  const char* first = ascii.data();
+  const char* last = ascii.data() + ascii.size();
+  const bool negative = *first == '-';
+  double value = 0.0;
+  const auto result = std::from_chars(first, last, value, std::chars_format::fixed);
+  if (result.ec == std::errc::result_out_of_range) {
+    // Overflow when the integer part is long; otherwise a vanishing fraction.
+    const double magnitude = integerDigits > 300 ? std::numeric_limits<double>::infinity() : 0.0;
+    return negative ? -magnitude : magnitude;
+  }
+  return value;
 }
 
 }  // namespace tarn

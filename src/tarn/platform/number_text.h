@@ -27,4 +27,14 @@ std::int32_t LeadingInteger(std::string_view text);
 // underflow 0 or the nearest subnormal.
 double LeadingReal(std::string_view text);
 
+// The value of the decimal digit (of any script) at byte offset i, or -1;
+// `next` is set to the offset after the character.
+int DecimalDigitValueAt(std::string_view text, std::size_t i, std::size_t& next);
+
+// White space skipped, then the longest plain decimal number there: an
+// optional sign, digits of any script and at most one ".", with at least one
+// digit (no exponent, no "inf"). 0 when there is none; beyond the range of a
+// double, an infinity of the sign. The importers read cleaned amounts so.
+double LeadingDecimalNumber(std::string_view text);
+
 }  // namespace tarn

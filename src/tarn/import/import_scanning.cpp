@@ -1,0 +1,76 @@
+#include "tarn/import/import_scanning.h"
+
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+#include <cstring>
+#include <fstream>
+#include <iterator>
+
+namespace tarn {
+namespace {
+
+bool IsWhiteSpaceAt(std::string_view text, std::size_t i, std::size_t& next) {
+  const auto byte = static_cast<unsigned char>(text[i]);
+  if (byte < 0x80) {
+    next = i + 1;
+    return byte == ' ' || (byte >= '\t' && byte <= '\r');
+  }
+  UChar32 c;
+  auto offset = static_cast<std::int32_t>(i);
+  U8_NEXT(reinterpret_cast<const std::uint8_t*>(text.data()), offset,
+          static_cast<std::int32_t>(text.size()), c);
+  next = static_cast<std::size_t>(offset);
+  return c >= 0 && u_isUWhiteSpace(c);
+}
+
+}  // namespace
+
+std::string NormaliseImportLineEnds(std::string_view text) {
+  std::string copy;
+  copy.reserve(text.size() + 1);
+  copy += '\r';
+  copy.append(text);
+  // Over [0, text.size()) of the copy: the final character stays as it is.
+  char* p = copy.data();
+  char* const end = copy.data() + text.size();
+  while ((p = static_cast<char*>(std::memchr(p, '\n', static_cast<std::size_t>(end - p))))) {
+    *p++ = '\r';
+  }
+  return copy;
+}
+
+std::string_view TrimImportWhiteSpace(std::string_view text) {
+  std::size_t start = 0, next = 0;
+  while (start < text.size() && IsWhiteSpaceAt(text, start, next)) start = next;
+  std::size_t end = text.size();
+  while (end > start) {
+    std::size_t last = end - 1;
+    while (last > start && (static_cast<unsigned char>(text[last]) & 0xC0) == 0x80) --last;
+    if (!IsWhiteSpaceAt(text, last, next) || next != end) break;
+    end = last;
+  }
+  return text.substr(start, end - start);
+}
+
+std::optional<std::string> ReadImportFile(const std::string& path, StringEncoding encoding) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return std::nullopt;
+  std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  if (file.bad()) return std::nullopt;
+  if (auto text = DecodeToUtf8(bytes, encoding)) return text;
+  const auto starts = [&](std::string_view mark) { return bytes.starts_with(mark); };
+  if (starts("\xEF\xBB\xBF")) {
+    if (auto text = DecodeToUtf8(bytes, kUTF8StringEncoding)) return text;
+  } else if (starts("\xFF\xFE") || starts("\xFE\xFF")) {
+    if (auto text = DecodeToUtf8(bytes, kUnicodeStringEncoding)) return text;
+  }
+  if (auto text = DecodeToUtf8(bytes, kUTF8StringEncoding)) return text;
+  if (auto text = DecodeToUtf8(bytes, DefaultCStringEncoding())) return text;
+  // Files from Windows programs are the usual 8-bit case; every byte of
+  // Latin-1 is a character, so the last reading always succeeds.
+  if (auto text = DecodeToUtf8(bytes, kWindowsCP1252StringEncoding)) return text;
+  return DecodeToUtf8(bytes, kISOLatin1StringEncoding);
+}
+
+}  // namespace tarn

@@ -1,0 +1,351 @@
+#include "tarn/import/qif_import.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tarn/platform/log.h"
+
+namespace tarn {
+namespace {
+
+using plist::Array;
+using plist::Dictionary;
+using plist::Value;
+
+Array EntriesOf(const std::string& qif, TARNQIFImport* options = nullptr) {
+  TARNQIFImport importer = options ? *options : TARNQIFImport();
+  importer.SetDataString(qif);
+  return importer.Entries();
+}
+
+const Value& Key(const Value& entry, const char* key) {
+  static const Value nil;
+  const Value* found = entry.find(key);
+  return found ? *found : nil;
+}
+
+TEST(QIFImport, NormalisationPutsACarriageReturnBeforeEveryLine) {
+  TARNQIFImport importer;
+  EXPECT_EQ(importer.error(), kQIFImportNoError);
+  importer.SetDataString("a\nb\r\nc\n");
+  // The final line feed is one past the replaced range and stays.
+  EXPECT_EQ(importer.dataString(), "\ra\rb\r\rc\n");
+  importer.SetDataString(std::nullopt);
+  EXPECT_EQ(importer.dataString(), "");
+  EXPECT_EQ(importer.error(), kQIFImportNoData);
+  EXPECT_EQ(TARNQIFImport::initWithString(std::string())->dataString(), "\r");
+}
+
+TEST(QIFImport, RecordsNeedTheirCaretAndFieldsMayComeInAnyOrder) {
+  const Array entries = EntriesOf("!Type:Bank\nT-5.00\nXunknown\nD1/2/07\nPShop\n^\nD1/3/07\nT7\n");
+  ASSERT_EQ(entries.size(), 1u);  // the second record has no "^"
+  EXPECT_EQ(entries[0], Value(Dictionary{{"amount", -5.0},
+                                         {"cleared", false},
+                                         {"date", 20070102},
+                                         {"isDeposit", false},
+                                         {"toFrom", std::string("Shop")}}));
+  // CRLF files and blank pieces: empty lines are tolerated, "^^" is no record.
+  EXPECT_EQ(EntriesOf("!Type:Bank\r\nD1/2/07\r\nT1\r\n^\r\n^\r\n").size(), 1u);
+  // A file of bare records is a bank list; a file with only other sections is not.
+  EXPECT_EQ(EntriesOf("D1/2/07\nT1\n^\nT2\n^\n").size(), 2u);
+  EXPECT_EQ(EntriesOf("!Type:Invst\nD1/2/07\nT1\n^\n").size(), 0u);
+}
+
+TEST(QIFImport, AmountsDatesAndTheZeroAmountOption) {
+  Array entries =
+      EntriesOf("!Type:Bank\nD1/5'03\nT(1,234.50)\n^\nD12/31/99\nT0.00\n^\nPNo amount\n^\n");
+  ASSERT_EQ(entries.size(), 3u);
+  EXPECT_EQ(Key(entries[0], "amount").doubleValue(), -1234.5);
+  EXPECT_FALSE(Key(entries[0], "isDeposit").boolValue());
+  EXPECT_EQ(Key(entries[0], "date").intValue(), 20030105);
+  EXPECT_EQ(Key(entries[1], "date").intValue(), 19991231);
+  EXPECT_TRUE(Key(entries[1], "isDeposit").boolValue());
+  EXPECT_EQ(Key(entries[2], "amount").doubleValue(), 0.0);
+  EXPECT_TRUE(Key(entries[2], "isDeposit").boolValue());
+  EXPECT_TRUE(Key(entries[2], "date").isNil());
+
+  TARNQIFImport options;
+  options.SetImportZeroAmountsAsDeposits(false);
+  options.SetDecimalSeparator(",");
+  options.SetThousandsSeparator(".");
+  options.SetDecimalSeparator(std::nullopt);  // nil keeps the separator
+  options.SetDateFormat("%d/%m/%Y");
+  entries = EntriesOf("!Type:Bank\nD15.01.2005\nT1.234,56\n^\nD31/02/2005\nT0,00\n^\n", &options);
+  ASSERT_EQ(entries.size(), 2u);
+  EXPECT_EQ(Key(entries[0], "amount").doubleValue(), 1234.56);
+  EXPECT_EQ(Key(entries[0], "date").intValue(), 20050115);
+  EXPECT_EQ(Key(entries[1], "date").intValue(), 0);  // no such day
+  EXPECT_FALSE(Key(entries[1], "isDeposit").boolValue());
+}
+
+TEST(QIFImport, SwapOptionsClearedMarksAndNumbers) {
+  const std::string record =
+      "!Type:Bank\nPPayee\nMMemo\nLFood:Lunch\nC\nN1001\n^\n"
+      "Cc\nNcheck\n^\nCX\nN99999999999\n^\n";
+  Array entries = EntriesOf(record);
+  ASSERT_EQ(entries.size(), 3u);
+  EXPECT_EQ(Key(entries[0], "toFrom").stringValue(), "Payee");
+  EXPECT_EQ(Key(entries[0], "description").stringValue(), "Memo");
+  EXPECT_EQ(Key(entries[0], "category").stringValue(), "Food:Lunch");
+  EXPECT_FALSE(Key(entries[0], "cleared").boolValue());  // an empty C line
+  EXPECT_EQ(Key(entries[0], "number").intValue(), 1001);
+  EXPECT_TRUE(Key(entries[1], "cleared").boolValue());  // any mark at all
+  EXPECT_EQ(Key(entries[1], "number"), Value(0));       // a word reads as 0
+  EXPECT_TRUE(Key(entries[2], "number").isNil());       // overflow leaves it out
+
+  TARNQIFImport swapped;
+  swapped.SetSwapOptions_ToFrom(kImportFieldDescription);
+  swapped.SetSwapOptions_Description(kImportFieldCategory);
+  swapped.SetSwapOptions_Category(7);  // dropped
+  entries = EntriesOf(record, &swapped);
+  EXPECT_EQ(Key(entries[0], "description").stringValue(), "Payee");
+  EXPECT_EQ(Key(entries[0], "category").stringValue(), "Memo");
+  EXPECT_TRUE(Key(entries[0], "toFrom").isNil());
+
+  // Two lines sent to one key: the later in the order P, M, L wins.
+  TARNQIFImport collide;
+  collide.SetSwapOptions_ToFrom(kImportFieldCategory);
+  entries = EntriesOf(record, &collide);
+  EXPECT_EQ(Key(entries[0], "category").stringValue(), "Food:Lunch");
+  collide.SetSwapOptions_Category(kImportFieldDescription);
+  entries = EntriesOf(record, &collide);
+  EXPECT_EQ(Key(entries[0], "category").stringValue(), "Payee");
+  EXPECT_EQ(Key(entries[0], "description").stringValue(), "Food:Lunch");
+}
+
+TEST(QIFImport, SplitsFlipTheirSignAndNeedMatchingLists) {
+  auto splitsOf = [](const std::string& body, bool read = true) {
+    TARNQIFImport importer;
+    importer.SetImportSplitLineItems(read);
+    importer.SetDataString("!Type:Bank\n" + body + "^\n");
+    const Array entries = importer.Entries();
+    EXPECT_EQ(entries.size(), 1u);
+    return entries.empty() ? Value() : Key(entries[0], "splits");
+  };
+  auto split = [](double amount, const char* category, const char* description) {
+    return Value(Dictionary{{"amount", amount},
+                            {"category", std::string(category)},
+                            {"description", std::string(description)}});
+  };
+  EXPECT_EQ(splitsOf("T-100\nSA\nEa\n$30\nSB\nEb\n$70\n"),
+            Value(Array{split(-30, "A", "a"), split(-70, "B", "b")}));
+  EXPECT_EQ(splitsOf("T-100\nSA\n$-30\nSB\n$-70\n"),
+            Value(Array{split(-30, "A", ""), split(-70, "B", "")}));
+  EXPECT_EQ(splitsOf("T100\nEa\n$30\nEb\n$70\n"),
+            Value(Array{split(30, "", "a"), split(70, "", "b")}));
+  EXPECT_TRUE(splitsOf("T100\nSA\n$30\nSB\n$60\n").isNil());     // does not add up
+  EXPECT_TRUE(splitsOf("T100\nSA\nSB\n$100\n").isNil());         // lists of other lengths
+  EXPECT_TRUE(splitsOf("T100\n$100\n").isNil());                 // neither S nor E
+  EXPECT_TRUE(splitsOf("T100\nSA\nEa\n$100\n", false).isNil());  // option off
+  EXPECT_TRUE(splitsOf("T5\nSA\nEa\n").isNil());                 // no amounts
+  // Empty split lines count, except as the record's very last line.
+  EXPECT_EQ(splitsOf("T10\nS\nE\n$10\n"), Value(Array{split(10, "", "")}));
+  EXPECT_EQ(splitsOf("T10\nSA\nEa\n$10\nS"), Value(Array{split(10, "A", "a")}));
+  // Within 0.01 of the total.
+  EXPECT_FALSE(splitsOf("T10.00\nSA\n$3.33\nSB\n$6.66\n").isNil());
+}
+
+TEST(QIFImport, SectionTypesAndAccountBlocks) {
+  // Entries() trims and ignores case; the account operations match exactly.
+  const std::string file =
+      "!Account\nNChecking\nTBank\n^\n!type:bank \nD1/1/07\nT1\n^\n"
+      "!Account\nNBrokerage\nTInvst\n^\n!Type:Invst\nD1/2/07\nT2\n^\n"
+      "!Account\nNCard\nTCCard\n^\n!Type:CCard\nD1/3/07\nT-3\n^\n!Type:Bank\nD1/4/07\nT4\n^\n";
+  TARNQIFImport importer;
+  importer.SetDataString(file);
+  // The lower-case section makes no block valid, so Checking goes with Brokerage.
+  EXPECT_EQ(importer.AccountNames(), std::vector<std::string>{"Card"});
+  const Array entries = importer.Entries();
+  ASSERT_EQ(entries.size(), 2u);
+  // Grouped by section type: the Bank section before the CCard one.
+  const Array card = importer.EntriesForAccountWithName("Card");
+  ASSERT_EQ(card.size(), 2u);
+  EXPECT_EQ(Key(card[0], "amount").doubleValue(), 4.0);
+  EXPECT_EQ(Key(card[1], "amount").doubleValue(), -3.0);
+  EXPECT_TRUE(importer.EntriesForAccountWithName("Nobody").empty());
+
+  // With an exact header both remain; an investment account goes with its header.
+  importer.SetDataString(file.substr(0, 27) + "!Type:Bank\n" + file.substr(39));
+  EXPECT_EQ(importer.AccountNames(), (std::vector<std::string>{"Checking", "Card"}));
+  EXPECT_EQ(importer.dataString().find("Brokerage"), std::string::npos);
+  const Dictionary parsed = importer.parse();
+  ASSERT_EQ(parsed.at("accounts").arrayValue().size(), 2u);
+  EXPECT_EQ(Key(parsed.at("accounts").arrayValue()[0], "name").stringValue(), "Checking");
+  EXPECT_EQ(parsed.at("entries").arrayValue().size(), 3u);
+  // A prefix finds the first account that begins with it.
+  ASSERT_TRUE(importer.AccountWithName("Che").has_value());
+  EXPECT_TRUE(importer.AccountWithName("Che")->starts_with("Account\rNChecking"));
+
+  // A header directly followed by another: nothing is removed.
+  importer.SetDataString("!Account\n!Account\nNInv\nTInvst\n^\n!Type:Invst\n^\n");
+  EXPECT_NE(importer.dataString().find("Inv"), std::string::npos);
+  const Array kept = importer.parse().at("accounts").arrayValue();
+  ASSERT_EQ(kept.size(), 1u);
+  EXPECT_EQ(Key(kept[0], "name").stringValue(), "Inv");
+  EXPECT_TRUE(Key(kept[0], "entries").arrayValue().empty());
+}
+
+TEST(QIFImport, ASectionMarkerInsideARecordNeverReadsRecordsTwice) {
+  // Found by fuzzing: a "!Type:Bank" in the middle of a line of a Cash
+  // section is part of that section, for the file and for its account.
+  TARNQIFImport importer;
+  importer.SetDataString(
+      "!Account\nNMy Cash\nTCash\n^\n!Type:Cash\nT1\n^\nMsee !Type:Bank\nT2\n^\n");
+  EXPECT_EQ(importer.Entries().size(), 2u);
+  EXPECT_EQ(importer.EntriesForAccountWithName("My Cash").size(), 2u);
+  EXPECT_EQ(Key(importer.parse().at("accounts").arrayValue()[0], "entries").arrayValue().size(),
+            2u);
+}
+
+TEST(QIFImport, AccountsWithOneNameEachKeepTheirOwnEntries) {
+  TARNQIFImport importer;
+  importer.SetDataString(
+      "!Account\nNCash\nTBank\n^\n!Type:Bank\nT1\n^\n!Account\nNCash\nTBank\n^\n!Type:Bank\nT2\n^\n"
+      "!Account\nNCashbox\n^\n!Type:Cash\nT3\n^\n");
+  const Array accounts = importer.parse().at("accounts").arrayValue();
+  ASSERT_EQ(accounts.size(), 3u);
+  for (std::size_t i = 0; i < 3; ++i) {
+    const Array& own = Key(accounts[i], "entries").arrayValue();
+    ASSERT_EQ(own.size(), 1u);
+    EXPECT_EQ(Key(own[0], "amount").doubleValue(), static_cast<double>(i + 1));
+  }
+  // Looked up by name, both "Cash" accounts give the first one's entries.
+  EXPECT_EQ(importer.EntriesForAccountWithName("Cash").size(), 1u);
+  EXPECT_EQ(Key(importer.EntriesForAccountWithName("Cashbox")[0], "amount").doubleValue(), 3.0);
+}
+
+TEST(QIFImport, AutoSwitchBlockIsRemovedOrRefused) {
+  std::vector<std::string> logged;
+  auto previous = SetLogSink([&](std::string_view line) { logged.emplace_back(line); });
+  TARNQIFImport importer;
+  importer.SetDataString(
+      "!Option:AutoSwitch\n!Account\nNSavings\nTBank\n^\nNVisa\nTCCard\n^\n!Clear:AutoSwitch\n"
+      "!Account\nNSavings\nTBank\n^\n!Type:Bank\nD1/1/07\nT5\n^\n");
+  EXPECT_EQ(importer.error(), kQIFImportNoError);
+  EXPECT_EQ(importer.AccountNames(), std::vector<std::string>{"Savings"});
+  EXPECT_EQ(importer.Entries().size(), 1u);
+  EXPECT_TRUE(logged.empty());
+
+  importer.SetDataString("!Option:AutoSwitch\n!Account\nNSavings\n^\n!Type:Bank\nT5\n^\n");
+  EXPECT_EQ(importer.error(), kQIFImportUnterminatedAutoSwitch);
+  EXPECT_TRUE(importer.Entries().empty());
+  EXPECT_EQ(logged, std::vector<std::string>{
+                        "No end to !Option:AutoSwitch tag in [TARNQIFImport SetDataString:]."});
+  SetLogSink(previous);
+}
+
+TEST(QIFImport, CategoriesFromTheSectionAndFromEntries) {
+  TARNQIFImport importer;
+  importer.SetDataString(
+      "!Type:Cat\nNSalary\nI\n^\nNFood\nE\n^\nDNo name\n^\nNFood\n^\n"
+      "!Type:Bank\nLfood\nT1\n^\nLRent\nT2\n^\nLRent\nT3\n^\n!Type:Cat\nNLater\n^\n");
+  EXPECT_EQ(importer.EntryCategories(),
+            (std::vector<std::string>{"Salary", "Food", "Food", "Rent"}));
+  EXPECT_EQ(importer.EntryCategoryStringToEntryCategory("\rNSalary\rI\r"),
+            Value(Dictionary{{"isDeposit", true}, {"name", std::string("Salary")}}));
+  EXPECT_TRUE(importer.EntryCategoryStringToEntryCategory("\rDx\r").isNil());
+  EXPECT_EQ(importer.EntryTypeListStringToEntryTypes("\rNATM\r^\rNPay\rI\r^").size(), 2u);
+  const Dictionary parsed = importer.parse();
+  EXPECT_EQ(parsed.at("categories").arrayValue().size(), 4u);
+  EXPECT_EQ(parsed.at("entries").arrayValue().size(), 3u);
+}
+
+TEST(QIFImport, ClassOperationsAndSettings) {
+  EXPECT_EQ(TARNQIFImport::validListTypes(),
+            (std::vector<std::string>{"Bank", "CCard", "Cash", "Oth L", "Oth A"}));
+  EXPECT_EQ(TARNQIFImport::StringToEntries(std::nullopt), Array{});
+  EXPECT_FALSE(TARNQIFImport::StringToEntries("!Type:Bank\nT1\n^\n").has_value());
+
+  TARNQIFImport importer;
+  EXPECT_EQ(importer.GetDateFormat(), "%m/%d/%y");
+  EXPECT_TRUE(importer.GetImportSplitLineItems());
+  EXPECT_EQ(importer.importAccount(), -1);
+  importer.setSourceName(std::nullopt);
+  EXPECT_EQ(importer.sourceName(), "");
+  QIFImportSettings settings;
+  settings.decimalSeparator = ",";
+  settings.swapToFrom = 2;
+  settings.splitLineItems = false;
+  importer.SetSettings(settings, "%d/%m/%Y");
+  EXPECT_EQ(importer.GetDecimalSeparator(), ",");
+  EXPECT_EQ(importer.GetThousandsSeparator(), ",");  // empty in the settings: kept
+  EXPECT_EQ(importer.GetSwapOptions_ToFrom(), 2);
+  EXPECT_FALSE(importer.GetImportSplitLineItems());
+  EXPECT_EQ(importer.TweakDateString("15.1.2005"), "15/1/2005");
+  EXPECT_EQ(importer.TweakAmountString("1.234,5"), "1.2345");  // thousands "," too
+}
+
+TEST(QIFImport, FilesAreDecodedInTheirEncodingOrAsTheBytesSuggest) {
+  const std::string dir = TARN_TEST_DATA_DIR "/import/";
+  auto latin1 = TARNQIFImport::initWithContentsOfFile(dir + "latin1_crlf_payee.qif",
+                                                      kISOLatin1StringEncoding);
+  ASSERT_EQ(latin1->Entries().size(), 1u);
+  EXPECT_EQ(Key(latin1->Entries()[0], "toFrom").stringValue(), "Caf\u00e9 M\u00fcller");
+  // Stored as UTF-8 but not valid in it: read in the system's 8-bit encoding.
+  auto fallback =
+      TARNQIFImport::initWithContentsOfFile(dir + "cp1252_cr_only.qif", kUTF8StringEncoding);
+  EXPECT_EQ(Key(fallback->Entries()[0], "toFrom").stringValue(), "\u201cQuoted\u201d \u20ac shop");
+  auto cp1252 = TARNQIFImport::initWithContentsOfFile(dir + "cp1252_cr_only.qif",
+                                                      kWindowsCP1252StringEncoding);
+  EXPECT_EQ(cp1252->parse(), fallback->parse());
+
+  auto missing = TARNQIFImport::initWithContentsOfFile(dir + "no_such_file.qif", 4);
+  EXPECT_EQ(missing->error(), kQIFImportNoError);
+  EXPECT_TRUE(missing->dataString().empty());
+  EXPECT_EQ(TARNQIFImport::initWithContentsOfFile(std::nullopt, 4)->error(), kQIFImportNoData);
+}
+
+// The plain reading of one record: every field searched from the record's
+// start by its marker, as the format's description puts it.
+Value ReferenceRecord(std::string_view record) {
+  auto field = [&](char code) -> std::optional<std::string> {
+    const std::string marker = std::string("\r") + code;
+    const std::size_t at = record.find(marker);
+    if (at == std::string_view::npos) return std::nullopt;
+    const std::size_t start = at + 2;
+    const std::size_t end = std::min(record.find('\r', start), record.size());
+    if (end == start) return std::nullopt;
+    return std::string(record.substr(start, end - start));
+  };
+  Dictionary entry;
+  const auto amountText = field('T');
+  const double amount =
+      amountText ? LeadingDecimalNumber(TweakAmountString(*amountText, ".", ",")) : 0.0;
+  entry.insert_or_assign("amount", amount);
+  entry.insert_or_assign("isDeposit", amount != 0.0 ? amount > 0.0 : true);
+  entry.insert_or_assign("cleared", field('C').has_value());
+  if (auto date = field('D')) entry.insert_or_assign("date", ImportDateNumber(*date, "%m/%d/%y"));
+  if (auto text = field('P')) entry.insert_or_assign("toFrom", *text);
+  if (auto text = field('M')) entry.insert_or_assign("description", *text);
+  if (auto text = field('L')) entry.insert_or_assign("category", *text);
+  if (auto text = field('N')) {
+    if (LeadingInteger(*text) != INT32_MAX) entry.insert_or_assign("number", LeadingInteger(*text));
+  }
+  return entry;
+}
+
+TEST(QIFImport, OnePassOverARecordMatchesTheMarkerSearches) {
+  std::mt19937 random(12);
+  const char codes[] = "DTPMCLNXU";
+  const std::vector<std::string> texts = {"", "1/2/07", "12.5", "(3)", "x", "Shop", "99999999999"};
+  TARNQIFImport importer;
+  importer.SetImportSplitLineItems(false);
+  for (int round = 0; round < 3000; ++round) {
+    std::string record;
+    const int lines = static_cast<int>(random() % 12);
+    for (int i = 0; i < lines; ++i) {
+      record += random() % 5 == 0 ? "" : "\r";  // now and then a line glued to the last
+      record += codes[random() % 9];
+      record += texts[random() % texts.size()];
+    }
+    if (random() % 2) record += "\r";
+    if (record.find_first_not_of("\r \t") == std::string::npos) continue;
+    EXPECT_EQ(importer.EntryStringToEntry(record), ReferenceRecord(record)) << record;
+  }
+}
+
+}  // namespace
+}  // namespace tarn
