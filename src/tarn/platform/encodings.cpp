@@ -115,18 +115,7 @@ Converter openConverter(const char* name) {
 }
 
 bool isValidUtf8(std::string_view text) {
-  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
-  const auto length = static_cast<int32_t>(text.size());
-  for (int32_t i = 0; i < length;) {
-    if (bytes[i] < 0x80) {
-      ++i;
-      continue;
-    }
-    UChar32 c;
-    U8_NEXT(bytes, i, length, c);
-    if (c < 0) return false;
-  }
-  return true;
+  return InvalidUtf8Offset(text) == std::string_view::npos;
 }
 
 std::optional<std::u16string> utf8ToUtf16(std::string_view text) {
@@ -200,6 +189,31 @@ StringEncoding encodingOfEnvironmentLocale() {
 }
 
 }  // namespace
+
+std::size_t InvalidUtf8Offset(std::string_view text) {
+  const auto* bytes = reinterpret_cast<const uint8_t*>(text.data());
+  const auto length = static_cast<int64_t>(text.size());
+  for (int64_t i = 0; i < length;) {
+    // Eight ASCII bytes at a time: most text is ASCII.
+    if (i + 8 <= length) {
+      uint64_t word;
+      std::memcpy(&word, bytes + i, 8);
+      if ((word & 0x8080808080808080ull) == 0) {
+        i += 8;
+        continue;
+      }
+    }
+    if (bytes[i] < 0x80) {
+      ++i;
+      continue;
+    }
+    const int64_t start = i;
+    UChar32 c;
+    U8_NEXT(bytes, i, length, c);
+    if (c < 0) return static_cast<std::size_t>(start);
+  }
+  return std::string_view::npos;
+}
 
 std::optional<std::string> IcuConverterNameForEncoding(StringEncoding encoding) {
   const EncodingInfo* info = findEncoding(encoding);

@@ -3,6 +3,7 @@
 // mapped to ICU converters. The table is static; nothing here owns state.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -58,6 +59,10 @@ std::optional<StringEncoding> EncodingForCharsetName(std::string_view name);
 // The system's default 8-bit encoding, taken from the locale's codeset. A
 // locale with a plain ASCII codeset (C, POSIX) gives Windows 1252.
 StringEncoding DefaultCStringEncoding();
+
+// The offset of the first byte that does not belong to a valid UTF-8
+// sequence; npos when the whole text is valid UTF-8.
+std::size_t InvalidUtf8Offset(std::string_view text);
 
 // Converts bytes in an encoding to UTF-8; nullopt when the encoding is
 // unknown or the bytes are not valid in it. A leading byte-order mark is dropped.

@@ -1,0 +1,390 @@
+// Loading an OFX file: the encoding, the SGML-to-XML steps of OFX 1, and the
+// XML tree.
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <optional>
+
+#include "tarn/import/ofx_import.h"
+#include "tarn/platform/encodings.h"
+#include "tarn/platform/text.h"
+
+namespace tarn {
+namespace {
+
+bool isWhiteSpace(char c) {
+  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v';
+}
+
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && isWhiteSpace(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isWhiteSpace(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+bool isWhiteSpaceOnly(std::string_view text) {
+  return trimmed(text).empty();
+}
+
+bool startsWithCaseInsensitive(std::string_view text, std::string_view prefix) {
+  if (text.size() < prefix.size()) return false;
+  for (std::size_t i = 0; i < prefix.size(); ++i) {
+    char c = text[i];
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    if (c != prefix[i]) return false;
+  }
+  return true;
+}
+
+// "<?xml " anywhere, letters in any case.
+bool containsXmlDeclaration(std::string_view text) {
+  for (std::size_t at = text.find("<?"); at != std::string_view::npos;
+       at = text.find("<?", at + 1)) {
+    if (startsWithCaseInsensitive(text.substr(at + 2), "xml ")) return true;
+  }
+  return false;
+}
+
+constexpr std::string_view kKnownEntities[] = {"amp", "lt", "gt", "quot", "apos"};
+
+// The known entity named by the text after an ampersand (up to its ";"),
+// letter case ignored; empty when there is none.
+std::string_view knownEntityAfterAmpersand(std::string_view rest) {
+  const std::size_t semicolon = rest.substr(0, 5).find(';');
+  if (semicolon == std::string_view::npos) return {};
+  const std::string_view name = rest.substr(0, semicolon);
+  for (std::string_view known : kKnownEntities) {
+    if (name.size() == known.size() && startsWithCaseInsensitive(name, known)) return known;
+  }
+  return {};
+}
+
+// The length of a character reference ("#38;", "#x26;") after an ampersand; 0
+// when there is none.
+std::size_t characterReferenceLength(std::string_view rest) {
+  if (rest.empty() || rest.front() != '#') return 0;
+  const bool hex = rest.size() > 1 && (rest[1] == 'x');
+  std::size_t i = hex ? 2 : 1;
+  const std::size_t first = i;
+  while (i < rest.size() && i < first + 8 &&
+         ((rest[i] >= '0' && rest[i] <= '9') ||
+          (hex && ((rest[i] >= 'a' && rest[i] <= 'f') || (rest[i] >= 'A' && rest[i] <= 'F'))))) {
+    ++i;
+  }
+  if (i == first || i >= rest.size() || rest[i] != ';') return 0;
+  return i + 1;
+}
+
+// The value after "KEY:" in an OFX 1 header: optional white space, then up
+// to the next white space.
+std::optional<std::string_view> headerValue(std::string_view header, std::string_view key) {
+  const std::size_t at = header.find(key);
+  if (at == std::string_view::npos) return std::nullopt;
+  std::string_view rest = header.substr(at + key.size());
+  while (!rest.empty() && isWhiteSpace(rest.front())) rest.remove_prefix(1);
+  std::size_t end = 0;
+  while (end < rest.size() && !isWhiteSpace(rest[end])) ++end;
+  return rest.substr(0, end);
+}
+
+// A leading integer as the platform's string reading gives it: white space
+// skipped, an optional sign, digits; 0 without digits.
+std::uint32_t leadingCodePage(std::string_view text) {
+  std::size_t i = 0;
+  while (i < text.size() && isWhiteSpace(text[i])) ++i;
+  if (i < text.size() && (text[i] == '+' || text[i] == '-')) return 0;
+  std::uint64_t value = 0;
+  for (; i < text.size() && text[i] >= '0' && text[i] <= '9' && value < 0xFFFFFFFFu; ++i) {
+    value = value * 10 + static_cast<std::uint64_t>(text[i] - '0');
+  }
+  return value > 0xFFFFFFFFu ? 0 : static_cast<std::uint32_t>(value);
+}
+
+// The encoding an OFX 1 header asks for.
+StringEncoding headerEncoding(std::string_view header) {
+  const std::optional<std::string_view> encoding = headerValue(header, "ENCODING:");
+  if (encoding && CaseInsensitiveEqual(*encoding, "UTF-8")) return kUTF8StringEncoding;
+  if (encoding && CaseInsensitiveEqual(*encoding, "UNICODE")) return kUnicodeStringEncoding;
+  const std::optional<std::string_view> charset = headerValue(header, "CHARSET:");
+  if (!encoding || !charset) return kWindowsCP1252StringEncoding;
+  if (CaseInsensitiveEqual(*charset, "ISO-8859-1") || CaseInsensitiveEqual(*charset, "NONE")) {
+    return kISOLatin1StringEncoding;
+  }
+  return EncodingForWindowsCodePage(leadingCodePage(*charset))
+      .value_or(kWindowsCP1252StringEncoding);
+}
+
+// Whether ASCII text reads the same in the encoding (so that decoding and
+// encoding it again can be skipped).
+bool isAsciiCompatible(StringEncoding encoding) {
+  switch (encoding) {
+    case kUnicodeStringEncoding:
+    case kUTF16BigEndianStringEncoding:
+    case kUTF16LittleEndianStringEncoding:
+    case kUTF32StringEncoding:
+    case kUTF32BigEndianStringEncoding:
+    case kUTF32LittleEndianStringEncoding:
+    case kISO2022JPStringEncoding:
+    case kNonLossyASCIIStringEncoding:
+    case kSymbolStringEncoding:
+      return false;
+    default:
+      return true;
+  }
+}
+
+// The bytes in UTF-8; ASCII in an encoding that reads it as ASCII is taken
+// over as it is.
+std::optional<std::string> decode(std::string& bytes, StringEncoding encoding, bool isAscii) {
+  if (isAscii && isAsciiCompatible(encoding)) return std::move(bytes);
+  return DecodeToUtf8(bytes, encoding);
+}
+
+std::shared_ptr<TARNOFXImport> failed(OFXLoadError* error, OFXLoadFailure failure, bool tolerant,
+                                      std::string detail = {}, std::size_t offset = 0) {
+  if (error) *error = {failure, std::move(detail), offset, tolerant};
+  return nullptr;
+}
+
+}  // namespace
+
+std::string OFXLoadError::description() const {
+  switch (failure) {
+    case OFXLoadFailure::None:
+      return "The file was read.";
+    case OFXLoadFailure::Unreadable:
+      return "The file could not be read" + (detail.empty() ? "." : ": " + detail + ".");
+    case OFXLoadFailure::TooShort:
+      return "The file is too short to be an OFX file.";
+    case OFXLoadFailure::NoOFXStart:
+      return "The file holds no <OFX> element.";
+    case OFXLoadFailure::NoOFXEnd:
+      return "The file's <OFX> element has no end (</OFX>).";
+    case OFXLoadFailure::EmptyOFX:
+      return "The file's <OFX> element is empty.";
+    case OFXLoadFailure::Undecodable:
+      return "The file's text is not valid " + (detail.empty() ? "in its encoding" : detail) + ".";
+    case OFXLoadFailure::XMLRejected:
+      return "The file's XML was rejected at byte " + std::to_string(offset) + ": " + detail + ".";
+  }
+  return {};
+}
+
+std::shared_ptr<TARNOFXImport> TARNOFXImport::initWithContentsOfFile(const std::string& path) {
+  return initWithContentsOfFile(path, OFXLoadOptions{}, nullptr);
+}
+
+std::shared_ptr<TARNOFXImport> TARNOFXImport::initWithContentsOfFile(const std::string& path,
+                                                                     const OFXLoadOptions& options,
+                                                                     OFXLoadError* error) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return failed(error, OFXLoadFailure::Unreadable, options.tolerant, path);
+  file.seekg(0, std::ios::end);
+  const std::streamoff size = file.tellg();
+  if (size < 0) return failed(error, OFXLoadFailure::Unreadable, options.tolerant, path);
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  file.seekg(0, std::ios::beg);
+  if (!file.read(bytes.data(), size)) {
+    return failed(error, OFXLoadFailure::Unreadable, options.tolerant, path);
+  }
+  return loadFromBytes(std::move(bytes), options, error);
+}
+
+std::shared_ptr<TARNOFXImport> TARNOFXImport::loadFromBytes(std::string bytes,
+                                                            const OFXLoadOptions& options,
+                                                            OFXLoadError* error) {
+  const bool tolerant = options.tolerant;
+  if (error) *error = {};
+  if (bytes.size() < 8) return failed(error, OFXLoadFailure::TooShort, tolerant);
+
+  // A first reading, enough to tell the two forms apart and to find the
+  // OFX 1 header: UTF-16 after its byte-order mark, else the bytes as UTF-8
+  // (the markers looked for are ASCII, so no byte need be valid).
+  const bool utf16 =
+      (bytes[0] == '\xFE' && bytes[1] == '\xFF') || (bytes[0] == '\xFF' && bytes[1] == '\xFE');
+  std::optional<std::string> firstText;
+  if (utf16) {
+    firstText = DecodeToUtf8(bytes, kUnicodeStringEncoding);
+    if (!firstText) return failed(error, OFXLoadFailure::Undecodable, tolerant, "UTF-16");
+  }
+  const std::string_view first = utf16 ? std::string_view(*firstText) : std::string_view(bytes);
+
+  XMLParseError xmlError;
+  if (containsXmlDeclaration(first)) {
+    // The tolerant reading gives a rejected OFX 2 file a second chance as
+    // OFX 1: some banks put an XML declaration over SGML without end tags.
+    std::unique_ptr<OFXXMLTree> tree =
+        OFXXMLTree::Parse(tolerant ? bytes : std::move(bytes), tolerant, &xmlError);
+    if (tree) {
+      auto importer = std::make_shared<TARNOFXImport>();
+      importer->setXMLTree(std::move(tree));
+      importer->tolerant_ = tolerant;
+      return importer;
+    }
+    if (!tolerant) {
+      return failed(error, OFXLoadFailure::XMLRejected, tolerant, xmlError.reason, xmlError.offset);
+    }
+  }
+
+  const std::size_t start = first.find("<OFX>");
+  if (start == std::string_view::npos) return failed(error, OFXLoadFailure::NoOFXStart, tolerant);
+  StringEncoding encoding = headerEncoding(first.substr(0, start));
+  firstText.reset();
+
+  const bool isAscii = IsAscii(bytes);
+  // The tolerant reading believes the bytes over the header when they are
+  // UTF-8 holding more than ASCII.
+  if (tolerant && !isAscii && InvalidUtf8Offset(bytes) == std::string::npos) {
+    encoding = kUTF8StringEncoding;
+  }
+  std::optional<std::string> text = decode(bytes, encoding, isAscii);
+  // It also falls back to Windows-1252, which reads every byte, when the
+  // header names an encoding the bytes are not in.
+  if (!text && tolerant && encoding != kWindowsCP1252StringEncoding) {
+    encoding = kWindowsCP1252StringEncoding;
+    text = decode(bytes, encoding, isAscii);
+  }
+  if (!text) {
+    return failed(error, OFXLoadFailure::Undecodable, tolerant, NameOfStringEncoding(encoding));
+  }
+  bytes = std::string();
+
+  const std::size_t begin = text->find("<OFX>");
+  if (begin == std::string::npos) return failed(error, OFXLoadFailure::NoOFXStart, tolerant);
+  const std::size_t end = text->find("</OFX>", begin + 5);
+  if (end == std::string::npos) return failed(error, OFXLoadFailure::NoOFXEnd, tolerant);
+  if (end == begin + 5) return failed(error, OFXLoadFailure::EmptyOFX, tolerant);
+  const std::string_view body = std::string_view(*text).substr(begin, end + 6 - begin);
+
+  std::string withEndTags = addMissingEndTagsToElementsInString(body);
+  text.reset();
+  std::string escaped;
+  if (withEndTags.find('&') == std::string::npos) {
+    escaped = std::move(withEndTags);  // both walks copy such text unchanged
+  } else {
+    escaped = tolerant ? escapeAmpersandsTolerantly(withEndTags)
+                       : escapePhysicalEntitiesInElementsInString(withEndTags);
+    withEndTags = std::string();
+  }
+
+  // The faithful reading hands the XML parser the text in the header's
+  // encoding, which it reads as UTF-8 (or UTF-16, after a byte-order mark);
+  // the tolerant reading hands it the text as decoded.
+  if (!tolerant) {
+    std::optional<std::string> encoded = isAscii && isAsciiCompatible(encoding)
+                                             ? std::optional<std::string>(std::move(escaped))
+                                             : EncodeFromUtf8(escaped, encoding);
+    if (!encoded) {
+      return failed(error, OFXLoadFailure::Undecodable, tolerant, NameOfStringEncoding(encoding));
+    }
+    escaped = std::move(*encoded);
+  }
+  std::unique_ptr<OFXXMLTree> tree = OFXXMLTree::Parse(std::move(escaped), false, &xmlError);
+  if (!tree) {
+    return failed(error, OFXLoadFailure::XMLRejected, tolerant, xmlError.reason, xmlError.offset);
+  }
+  auto importer = std::make_shared<TARNOFXImport>();
+  importer->setXMLTree(std::move(tree));
+  importer->tolerant_ = tolerant;
+  return importer;
+}
+
+std::string TARNOFXImport::addMissingEndTagsToElementsInString(std::string_view text) {
+  std::string out;
+  out.reserve(text.size() + text.size() / 4);
+  std::size_t position = 0;
+  while (position < text.size()) {
+    const std::size_t open = text.find('<', position);
+    if (open == std::string_view::npos) {
+      out.append(text.substr(position));
+      break;
+    }
+    const std::string_view before = text.substr(position, open - position);
+    if (!isWhiteSpaceOnly(before)) out.append(before);
+    const std::size_t close = text.find('>', open + 1);
+    if (close == std::string_view::npos) {
+      out.append(text.substr(open));
+      break;
+    }
+    out.append(text.substr(open, close + 1 - open));
+    position = close + 1;
+    const std::string_view name = text.substr(open + 1, close - open - 1);
+    if (!name.empty() && name.front() == '/') continue;
+
+    const std::size_t next = text.find('<', position);
+    if (next == std::string_view::npos) {
+      out.append(text.substr(position));
+      break;
+    }
+    const std::string_view value = trimmed(text.substr(position, next - position));
+    position = next;
+    if (value.empty()) continue;
+    out.append(value);
+    const std::size_t nextClose = text.find('>', next + 1);
+    if (nextClose == std::string_view::npos) continue;  // the next round copies the rest
+    const std::string_view nextName = text.substr(next + 1, nextClose - next - 1);
+    if (!(nextName.size() == name.size() + 1 && nextName.front() == '/' &&
+          nextName.substr(1) == name)) {
+      out.append("</");
+      out.append(name);
+      out.push_back('>');
+    }
+  }
+  return out;
+}
+
+std::string TARNOFXImport::escapePhysicalEntitiesInElementsInString(std::string_view text) {
+  std::string out;
+  out.reserve(text.size() + text.size() / 16);
+  std::size_t position = 0;
+  while (position < text.size()) {
+    const std::size_t amp = text.find('&', position);
+    if (amp == std::string_view::npos) {
+      out.append(text.substr(position));
+      break;
+    }
+    // An ampersand at the start, or right after another one, ends the walk
+    // and drops the rest of the text.
+    if (amp == position) break;
+    out.append(text.substr(position, amp - position));
+    out.push_back('&');
+    const std::string_view rest = text.substr(amp + 1);
+    const std::string_view known = knownEntityAfterAmpersand(rest);
+    if (!known.empty()) {
+      // The name as written; the walk copies it again with its ";" next.
+      out.append(rest.substr(0, known.size()));
+    } else {
+      out.append("amp;");
+    }
+    position = amp + 1;
+  }
+  return out;
+}
+
+std::string TARNOFXImport::escapeAmpersandsTolerantly(std::string_view text) {
+  std::string out;
+  out.reserve(text.size() + text.size() / 16);
+  std::size_t position = 0;
+  for (std::size_t amp = text.find('&'); amp != std::string_view::npos;
+       amp = text.find('&', position)) {
+    out.append(text.substr(position, amp - position));
+    const std::string_view rest = text.substr(amp + 1);
+    const std::string_view known = knownEntityAfterAmpersand(rest);
+    if (!known.empty()) {
+      out.push_back('&');
+      out.append(known);
+      out.push_back(';');
+      position = amp + 1 + known.size() + 1;
+    } else if (const std::size_t length = characterReferenceLength(rest); length > 0) {
+      out.append(text.substr(amp, length + 1));
+      position = amp + 1 + length;
+    } else {
+      out.append("&amp;");
+      position = amp + 1;
+    }
+  }
+  out.append(text.substr(position));
+  return out;
+}
+
+}  // namespace tarn
