@@ -101,8 +101,9 @@ TEST(OFXXMLTree, ReadsByteOrderMarksAndDeclaredEncodings) {
                 : std::string("(rejected)");
   };
   EXPECT_EQ(nameIn(OFXXMLTree::Parse("\xEF\xBB\xBF<OFX><N>Caf\xC3\xA9</N></OFX>")), expected);
-  const std::string utf16le(
-      "\xFF\xFE<\0O\0F\0X\0>\0<\0N\0>\0C\0a\0f\0\xE9\0<\0/\0N\0>\0<\0/\0O\0F\0X\0>\0", 50);
+  static constexpr char kUtf16le[] =
+      "\xFF\xFE<\0O\0F\0X\0>\0<\0N\0>\0C\0a\0f\0\xE9\0<\0/\0N\0>\0<\0/\0O\0F\0X\0>\0";
+  const std::string utf16le(kUtf16le, sizeof kUtf16le - 1);
   EXPECT_EQ(nameIn(OFXXMLTree::Parse(utf16le)), expected);
   const std::string latin =
       "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><OFX><N>Caf\xE9</N></OFX>";
