@@ -3,12 +3,14 @@
 // property-list values that says where two trees first differ.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
 
+#include "tarn/platform/plist_file.h"
 #include "tarn/platform/value.h"
 
 namespace tarn::fuzz {
@@ -25,7 +27,8 @@ inline void Require(bool condition, std::string_view what) {
 // How dates compare after a trip through a writer.
 enum class DateRule {
   Exact,
-  // The XML form keeps whole seconds only (rounded down).
+  // The XML form keeps whole seconds only (rounded down), and holds dates
+  // beyond its limit at the limit.
   WholeSeconds,
 };
 
@@ -88,7 +91,10 @@ inline bool SameValue(const plist::Value& before, const plist::Value& after, Dat
       }
       case Kind::Date: {
         double expected = before.dateValue().secondsSince2001;
-        if (dates == DateRule::WholeSeconds) expected = std::floor(expected);
+        if (dates == DateRule::WholeSeconds) {
+          expected = std::clamp(std::floor(expected), -plist::kXmlDateLimitSeconds,
+                                plist::kXmlDateLimitSeconds);
+        }
         const double actual = after.dateValue().secondsSince2001;
         return expected == actual || (std::isnan(expected) && std::isnan(actual));
       }

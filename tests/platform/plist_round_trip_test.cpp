@@ -115,6 +115,12 @@ TEST(PlistRoundTrip, XmlKeepsWholeSecondsOfDatesAndBinaryKeepsFractions) {
   for (double seconds : {-7e10, 3e11}) {  // before the common era and far ahead
     EXPECT_EQ(ParseXml(ToXml(Value(Date{seconds}))).dateValue().secondsSince2001, seconds);
   }
+  // A damaged binary file's date millions of years away is saved at the
+  // XML form's limit, not refused and not wrapped around.
+  for (double seconds : {-4.27e96, 1e20}) {
+    const double limit = std::copysign(kXmlDateLimitSeconds, seconds);
+    EXPECT_EQ(ParseXml(ToXml(Value(Date{seconds}))).dateValue().secondsSince2001, limit);
+  }
   // Before 2001 the second is rounded down, not toward zero.
   const std::pair<double, const char*> written[] = {{-0.5, "2000-12-31T23:59:59Z"},
                                                     {0.0, "2001-01-01T00:00:00Z"},

@@ -33,6 +33,10 @@ Value ParseXml(std::string_view bytes, const std::string& name = "<memory>");
 Value ParseBinary(std::string_view bytes, const std::string& name = "<memory>");
 Value Parse(std::string_view bytes, const std::string& name = "<memory>");
 std::string ToXml(const Value& value);
+// The XML form writes a date within this many seconds of 2001 and a date
+// beyond it (millions of years away, found only in damaged files) at the
+// nearest limit, so that every date can be saved in either format.
+inline constexpr double kXmlDateLimitSeconds = 3e14;
 std::string ToBinary(const Value& value);
 
 // Parses XML held in a buffer the caller gives up: the text is decoded where

@@ -190,7 +190,7 @@ class XmlWriter {
   void writeDate(Date date) {
     double seconds = std::floor(date.secondsSince2001);
     // Keep the arithmetic in range; such dates lie far beyond any calendar use.
-    seconds = std::clamp(seconds, -3e14, 3e14);
+    seconds = std::clamp(seconds, -kXmlDateLimitSeconds, kXmlDateLimitSeconds);
     const auto since1970 = static_cast<std::int64_t>(seconds) + kSeconds1970To2001;
     const std::int64_t days = FloorDivide(since1970, 86400);
     const std::int64_t secondOfDay = since1970 - days * 86400;
