@@ -188,7 +188,8 @@ TEST(ImportCorpus, QifFilesShowTheFormatsQuirks) {
   auto german = Qif(folder, "quiffen__test_FMQifTest2023-10-18.qif", kISOLatin1StringEncoding);
   EXPECT_EQ(german->error(), kQIFImportNoError);
   bool nonAscii = false;
-  for (const Value& category : german->parse().at("categories").arrayValue()) {
+  const plist::Dictionary germanParsed = german->parse();
+  for (const Value& category : germanParsed.at("categories").arrayValue()) {
     nonAscii = nonAscii || !IsAscii(category.stringValue());
   }
   EXPECT_TRUE(nonAscii);
