@@ -216,7 +216,46 @@ DateComponents TARNOFXImport::DateStringComponents(std::string_view text) const 
   return tarn::DateStringComponents(text, dateFormatString_);
 }
 
+std::optional<double> PlainAmountValue(std::string_view text) {
+  static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  std::size_t i = 0;
+  const bool negative = !text.empty() && text.front() == '-';
+  if (negative) i = 1;
+  std::uint64_t mantissa = 0;
+  int digits = 0;
+  int decimals = -1;  // digits after the point; -1 before it
+  for (; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c >= '0' && c <= '9') {
+      if (++digits > 15) return std::nullopt;
+      mantissa = mantissa * 10 + static_cast<std::uint64_t>(c - '0');
+      if (decimals >= 0) ++decimals;
+    } else if (c == '.' && decimals < 0) {
+      decimals = 0;
+    } else {
+      return std::nullopt;
+    }
+  }
+  if (digits == 0) return std::nullopt;
+  // Both operands are exact, so the quotient is the correctly rounded value.
+  const double value =
+      static_cast<double>(mantissa) / kPowersOfTen[decimals < 0 ? 0 : decimals];
+  return negative ? -value : value;
+}
+
 double TARNOFXImport::amountOfText(std::string_view text) const {
+  // The clean-up changes plain text only through a separator that can occur
+  // in it: one made of digits, "-" or ".", other than a decimal "." (which
+  // it writes back as itself).
+  constexpr std::string_view kPlainCharacters = "-.0123456789";
+  const bool separatorsKeepPlainText =
+      (decimalSeparator_ == "." ||
+       decimalSeparator_.find_first_of(kPlainCharacters) == std::string::npos) &&
+      thousandsSeparator_.find_first_of(kPlainCharacters) == std::string::npos;
+  if (separatorsKeepPlainText) {
+    if (const std::optional<double> value = PlainAmountValue(text)) return *value;
+  }
   return LeadingDecimalNumber(TweakAmountString(text));
 }
 
@@ -361,17 +400,25 @@ plist::Value TARNOFXImport::transactionToEntry(XMLNode transaction, bool loan,
       entry.putSwapped(swapOptions_RefNum_, *reference);
     }
   }
+  // An element of one text child (the usual case) is its text as it stands.
+  const auto putText = [&](std::int32_t option, XMLNode element, bool keepAmpersands) {
+    if (element.isSimpleText()) {
+      entry.putSwapped(option, element.firstChild().string());
+    } else {
+      entry.putSwapped(option, joinedText(element, keepAmpersands));
+    }
+  };
   if (swapOptions_Memo_ != kOFXSwapNotRead && fields.memo) {
-    entry.putSwapped(swapOptions_Memo_, joinedText(fields.memo, true));
+    putText(swapOptions_Memo_, fields.memo, true);
   }
   if (swapOptions_Payee_ != kOFXSwapNotRead) {
     if (const XMLNode payeeName = BKXMLTreeAtPath(fields.payee, "NAME")) {
-      entry.putSwapped(swapOptions_Payee_, joinedText(payeeName, false));
+      putText(swapOptions_Payee_, payeeName, false);
     }
   }
   if (swapOptions_Name_ != kOFXSwapNotRead) {
     if (const XMLNode name = fields.extendedName ? fields.extendedName : fields.name) {
-      entry.putSwapped(swapOptions_Name_, joinedText(name, false));
+      putText(swapOptions_Name_, name, false);
     }
   }
   if (types) entry.addTypeTo(*types);

@@ -68,6 +68,14 @@ struct OFXLoadOptions {
   bool tolerant = false;
 };
 
+// The value of an amount written plainly, as banks write TRNAMT: an optional
+// "-", then at most fifteen digits with at most one "." among them. Such text
+// reads the same through the amount clean-up and the decimal reader whenever
+// the separators leave it unchanged (see TARNOFXImport::amountOfText), and the
+// quotient of two exact doubles is the correctly rounded value that the
+// decimal reader gives. nullopt for any other text.
+std::optional<double> PlainAmountValue(std::string_view text);
+
 class TARNOFXImport {
  public:
   TARNOFXImport();

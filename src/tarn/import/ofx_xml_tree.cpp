@@ -220,48 +220,40 @@ class OFXXMLTreeBuilder {
       std::uint32_t lastChild;
     };
     std::vector<Frame> frames{{0, OFXXMLTree::kNone}};
+    // Each node costs a handful of calls into pugixml: its type, its name or
+    // value, its first child and its next sibling, asked once each.
     pugi::xml_node current = document.first_child();
     while (current) {
-      bool descend = false;
-      switch (current.type()) {
-        case pugi::node_element: {
-          flushText(frames.back().node, frames.back().lastChild);
-          for (pugi::xml_attribute attribute = current.first_attribute(); attribute;
-               attribute = attribute.next_attribute()) {
-            if (!checkReferences(attribute.value())) return false;
-          }
-          const std::uint32_t index = addNode(XMLNodeType::Element, current.name());
-          appendChild(frames.back().node, frames.back().lastChild, index);
-          if (current.first_child()) {
-            frames.push_back({index, OFXXMLTree::kNone});
-            descend = true;
-          }
-          break;
+      const pugi::xml_node_type type = current.type();
+      if (type == pugi::node_element) {
+        flushText(frames.back().node, frames.back().lastChild);
+        for (pugi::xml_attribute attribute = current.first_attribute(); attribute;
+             attribute = attribute.next_attribute()) {
+          if (!checkReferences(attribute.value())) return false;
         }
-        case pugi::node_pcdata:
-          if (!addCharacterData(current.value(), frames.back().node, frames.back().lastChild)) {
-            return false;
-          }
-          break;
-        case pugi::node_cdata:
-          addText(current.value(), false);
-          break;
-        default:
-          break;
+        const std::uint32_t index = addNode(XMLNodeType::Element, current.name());
+        appendChild(frames.back().node, frames.back().lastChild, index);
+        if (const pugi::xml_node child = current.first_child()) {
+          frames.push_back({index, OFXXMLTree::kNone});
+          current = child;
+          continue;
+        }
+      } else if (type == pugi::node_pcdata) {
+        if (!addCharacterData(current.value(), frames.back().node, frames.back().lastChild)) {
+          return false;
+        }
+      } else if (type == pugi::node_cdata) {
+        addText(current.value(), false);
       }
-      if (descend) {
-        current = current.first_child();
-        continue;
-      }
-      while (current && !current.next_sibling()) {
+      pugi::xml_node next = current.next_sibling();
+      while (!next) {
         current = current.parent();
-        if (current && current.type() == pugi::node_element) {
-          flushText(frames.back().node, frames.back().lastChild);
-          frames.pop_back();
-        }
-        if (current == document) current = pugi::xml_node();
+        if (current == document) break;
+        flushText(frames.back().node, frames.back().lastChild);
+        frames.pop_back();
+        next = current.next_sibling();
       }
-      if (current) current = current.next_sibling();
+      current = next;
     }
     flushText(frames.back().node, frames.back().lastChild);
     // Texts built from several pieces follow the document's text.
@@ -292,6 +284,7 @@ class OFXXMLTreeBuilder {
   // pieces become one text node.
   void addText(std::string_view text, bool inDocument) {
     if (text.empty()) return;
+    wholeData_ = false;
     if (pieces_ == 0) {
       copying_ = !inDocument;
       if (copying_) {
@@ -311,7 +304,9 @@ class OFXXMLTreeBuilder {
     if (pieces_ == 0) return;
     pieces_ = 0;
     const std::string_view text = copying_ ? std::string_view(pendingCopy_) : pending_;
-    if (isWhiteSpaceOnly(text)) return;
+    // pugixml leaves out character data that is only white space; pieces
+    // cut at references, or joined, are checked here.
+    if (!wholeData_ && isWhiteSpaceOnly(text)) return;
     std::uint32_t index;
     if (!copying_) {
       index = addNode(XMLNodeType::Text, text);
@@ -326,9 +321,17 @@ class OFXXMLTreeBuilder {
   }
 
   bool addCharacterData(std::string_view text, std::uint32_t parent, std::uint32_t& lastChild) {
+    std::size_t amp = text.find('&');
+    if (amp == std::string_view::npos && pieces_ == 0 && !text.empty()) {
+      // The usual case: the whole of a piece of character data, no reference.
+      pending_ = text;
+      copying_ = false;
+      pieces_ = 1;
+      wholeData_ = true;
+      return true;
+    }
     std::size_t start = 0;
-    for (std::size_t amp = text.find('&'); amp != std::string_view::npos;
-         amp = text.find('&', start)) {
+    for (; amp != std::string_view::npos; amp = text.find('&', start)) {
       addText(text.substr(start, amp - start), true);
       const Reference reference = readReference(text.substr(amp + 1));
       if (reference.kind == Reference::Invalid) return fail(reference.problem, text.data() + amp);
@@ -368,6 +371,7 @@ class OFXXMLTreeBuilder {
   std::string_view pending_;  // a single piece of the document's text
   std::string pendingCopy_;   // or the pieces joined
   bool copying_ = false;
+  bool wholeData_ = false;  // the pending text is one whole piece of character data
   int pieces_ = 0;
   std::string copies_;
   std::vector<std::uint32_t> copied_;
