@@ -4,6 +4,8 @@
 
 #include <bit>
 #include <cmath>
+#include <cstddef>
+#include <new>
 #include <unordered_map>
 
 #include "tarn/account/account_settings.h"
@@ -114,11 +116,26 @@ class EntryFields {
     kKeyCount
   };
 
-  void put(Key key, plist::Value value) {
-    values_[key] = std::move(value);
-    present_ |= 1u << key;
+  EntryFields() = default;
+  EntryFields(const EntryFields&) = delete;
+  EntryFields& operator=(const EntryFields&) = delete;
+  ~EntryFields() {
+    for (int key = 0; key < kKeyCount; ++key) {
+      if (present_ & (1u << key)) slot(key).~Value();
+    }
   }
-  void put(Key key, std::string_view text) { put(key, plist::Value(text)); }
+
+  // Builds the key's value in its slot; a later value replaces an earlier one.
+  template <class... Args>
+  void put(Key key, Args&&... args) {
+    const std::uint32_t bit = 1u << key;
+    if (present_ & bit) {
+      slot(key).~Value();
+      present_ &= ~bit;
+    }
+    new (&storage_[key]) plist::Value(std::forward<Args>(args)...);
+    present_ |= bit;
+  }
 
   // To where a swap option sends the text; nowhere for values outside the table.
   void putSwapped(std::int32_t option, std::string_view text) {
@@ -128,26 +145,31 @@ class EntryFields {
   void putSwapped(std::int32_t option, std::string&& text) {
     if (option == kOFXSwapNumber) return put(kNumber, LeadingInteger(text));
     if (const int key = textKey(option); key >= 0) {
-      put(static_cast<Key>(key), plist::Value(std::move(text)));
+      put(static_cast<Key>(key), std::move(text));
     }
   }
 
   void addTypeTo(EntryTypeList& types) const {
-    if ((present_ & (1u << kType)) && values_[kType].isString()) {
-      types.add(values_[kType].stringValue(),
-                (present_ & (1u << kIsDeposit)) && values_[kIsDeposit].boolValue());
+    if ((present_ & (1u << kType)) && slot(kType).isString()) {
+      types.add(slot(kType).stringValue(),
+                (present_ & (1u << kIsDeposit)) && slot(kIsDeposit).boolValue());
     }
   }
 
+  // Moves the values out, in key order; the fields are empty afterwards.
   plist::Value dictionary() {
-    static constexpr const char* kNames[kKeyCount] = {
+    static constexpr std::string_view kNames[kKeyCount] = {
         "amount",    "category", "cleared", "date",   "description", "fitID",
         "isDeposit", "notes",    "number",  "splits", "toFrom",      "type"};
     plist::Dictionary entry;
     entry.reserve(static_cast<std::size_t>(std::popcount(present_)));
     for (int key = 0; key < kKeyCount; ++key) {
-      if (present_ & (1u << key)) entry.appendSorted(kNames[key], std::move(values_[key]));
+      if (present_ & (1u << key)) {
+        entry.appendSorted(kNames[key], std::move(slot(key)));
+        slot(key).~Value();
+      }
     }
+    present_ = 0;
     return entry;
   }
 
@@ -169,7 +191,13 @@ class EntryFields {
     }
   }
 
-  plist::Value values_[kKeyCount];
+  plist::Value& slot(int key) { return *std::launder(reinterpret_cast<plist::Value*>(storage_[key])); }
+  const plist::Value& slot(int key) const {
+    return *std::launder(reinterpret_cast<const plist::Value*>(storage_[key]));
+  }
+
+  // Raw slots: a value is built only for the keys an entry has.
+  alignas(plist::Value) std::byte storage_[kKeyCount][sizeof(plist::Value)];
   std::uint32_t present_ = 0;
 };
 

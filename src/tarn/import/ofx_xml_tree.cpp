@@ -192,7 +192,8 @@ bool documentTextInUtf8(std::string& bytes, bool preferUtf8, XMLParseError& erro
       }
     }
   }
-  const std::size_t invalid = InvalidUtf8Offset(bytes);
+  // Most files are ASCII, which a quicker test than full validation tells.
+  const std::size_t invalid = IsAscii(bytes) ? std::string::npos : InvalidUtf8Offset(bytes);
   if (invalid != std::string::npos) {
     error = {"the text is not valid UTF-8", invalid};
     return false;
@@ -222,8 +223,10 @@ class OFXXMLTreeBuilder {
     std::vector<Frame> frames{{0, OFXXMLTree::kNone}};
     // Each node costs a handful of calls into pugixml: its type, its name or
     // value, its first child and its next sibling, asked once each.
+    // The loop ends when the walk climbs back to the document, which the
+    // frames tell without asking pugixml.
     pugi::xml_node current = document.first_child();
-    while (current) {
+    while (!current.empty()) {
       const pugi::xml_node_type type = current.type();
       if (type == pugi::node_element) {
         flushText(frames.back().node, frames.back().lastChild);
@@ -246,9 +249,8 @@ class OFXXMLTreeBuilder {
         addText(current.value(), false);
       }
       pugi::xml_node next = current.next_sibling();
-      while (!next) {
+      while (next.empty() && frames.size() > 1) {
         current = current.parent();
-        if (current == document) break;
         flushText(frames.back().node, frames.back().lastChild);
         frames.pop_back();
         next = current.next_sibling();
@@ -264,7 +266,7 @@ class OFXXMLTreeBuilder {
   }
 
  private:
-  std::uint32_t addNode(XMLNodeType type, std::string_view text) {
+  [[gnu::always_inline]] std::uint32_t addNode(XMLNodeType type, std::string_view text) {
     const auto offset = static_cast<std::uint32_t>(text.empty() ? 0 : text.data() - base_);
     tree_.nodes_.push_back({offset, static_cast<std::uint32_t>(text.size()), OFXXMLTree::kNone,
                             OFXXMLTree::kNone, type});
@@ -300,8 +302,11 @@ class OFXXMLTreeBuilder {
     ++pieces_;
   }
 
-  void flushText(std::uint32_t parent, std::uint32_t& lastChild) {
-    if (pieces_ == 0) return;
+  [[gnu::always_inline]] void flushText(std::uint32_t parent, std::uint32_t& lastChild) {
+    if (pieces_ != 0) addPendingText(parent, lastChild);
+  }
+
+  void addPendingText(std::uint32_t parent, std::uint32_t& lastChild) {
     pieces_ = 0;
     const std::string_view text = copying_ ? std::string_view(pendingCopy_) : pending_;
     // pugixml leaves out character data that is only white space; pieces
