@@ -73,9 +73,9 @@ std::string plainEndTags(std::string_view text) {
 // kind, stray brackets and slashes, ends in the middle of anything.
 std::string randomSgml(std::mt19937& random, std::size_t pieces) {
   static const char* const kPieces[] = {
-      "<A>",  "<AB>", "</A>", "</AB>", "<NAME>", "</NAME>", "</NAMES>", "<>", "</>",
-      "<",    ">",    "/",    " ",     "\t",     "\r\n",    "\n",       "\f\v", "-10.00",
-      "x y",  "&",    "<A",   "<//A>", "1",      "  v  ",   "<NAME",    "A>"};
+      "<A>", "<AB>", "</A>", "</AB>", "<NAME>", "</NAME>", "</NAMES>", "<>",   "</>",
+      "<",   ">",    "/",    " ",     "\t",     "\r\n",    "\n",       "\f\v", "-10.00",
+      "x y", "&",    "<A",   "<//A>", "1",      "  v  ",   "<NAME",    "A>"};
   std::string text;
   for (std::size_t i = 0; i < pieces; ++i) text += kPieces[random() % std::size(kPieces)];
   return text;
@@ -104,8 +104,7 @@ TEST(OFXEndTagsReference, QuickWalkMatchesThePlainOneOnGeneratedText) {
                  "\n<NAME>SHOP  " + std::to_string(i % 7) + "   \n<MEMO>\r\n</STMTTRN>\n";
   }
   statement += "</BANKTRANLIST>\n</STMTTRNRS>\n</BANKMSGSRSV1>\n</OFX>";
-  EXPECT_EQ(TARNOFXImport::addMissingEndTagsToElementsInString(statement),
-            plainEndTags(statement));
+  EXPECT_EQ(TARNOFXImport::addMissingEndTagsToElementsInString(statement), plainEndTags(statement));
 }
 
 // The amount as the clean-up and the decimal reader give it.

@@ -191,7 +191,9 @@ class EntryFields {
     }
   }
 
-  plist::Value& slot(int key) { return *std::launder(reinterpret_cast<plist::Value*>(storage_[key])); }
+  plist::Value& slot(int key) {
+    return *std::launder(reinterpret_cast<plist::Value*>(storage_[key]));
+  }
   const plist::Value& slot(int key) const {
     return *std::launder(reinterpret_cast<const plist::Value*>(storage_[key]));
   }
@@ -267,8 +269,7 @@ std::optional<double> PlainAmountValue(std::string_view text) {
   }
   if (digits == 0) return std::nullopt;
   // Both operands are exact, so the quotient is the correctly rounded value.
-  const double value =
-      static_cast<double>(mantissa) / kPowersOfTen[decimals < 0 ? 0 : decimals];
+  const double value = static_cast<double>(mantissa) / kPowersOfTen[decimals < 0 ? 0 : decimals];
   return negative ? -value : value;
 }
 

@@ -51,8 +51,7 @@ bool containsXmlDeclaration(std::string_view text) {
 // a search for the first letter would stop at every "<".
 std::size_t findText(std::string_view text, std::string_view needle, std::size_t from) {
   if (from > text.size()) return std::string_view::npos;
-  const void* found =
-      memmem(text.data() + from, text.size() - from, needle.data(), needle.size());
+  const void* found = memmem(text.data() + from, text.size() - from, needle.data(), needle.size());
   return found ? static_cast<std::size_t>(static_cast<const char*>(found) - text.data())
                : std::string_view::npos;
 }
