@@ -17,14 +17,12 @@
 namespace tarn {
 namespace {
 
-bool isWhiteSpace(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v';
-}
-
+// The text without white space (and line ends) at either end.
 std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && isWhiteSpace(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isWhiteSpace(text.back())) text.remove_suffix(1);
-  return text;
+  constexpr std::string_view kWhiteSpace = " \t\n\r\f\v";
+  const std::size_t first = text.find_first_not_of(kWhiteSpace);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(kWhiteSpace) + 1 - first);
 }
 
 // The end-tag walk read plainly: copy the text before each "<" unless it is

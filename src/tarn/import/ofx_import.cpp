@@ -5,6 +5,7 @@
 #include <bit>
 #include <cmath>
 #include <cstddef>
+#include <functional>
 #include <new>
 #include <unordered_map>
 
@@ -19,7 +20,10 @@ namespace tarn {
 class EntryTypeList {
  public:
   void add(std::string_view name, bool isDeposit) {
-    std::uint8_t& seen = seen_[std::string(name)];
+    // Looked up by the name as it stands; a key is made only for a new name.
+    auto found = seen_.find(name);
+    if (found == seen_.end()) found = seen_.emplace(name, 0).first;
+    std::uint8_t& seen = found->second;
     const std::uint8_t bit = isDeposit ? 2 : 1;
     if (seen & bit) return;
     seen |= bit;
@@ -31,7 +35,13 @@ class EntryTypeList {
   plist::Array array() { return std::move(types_); }
 
  private:
-  std::unordered_map<std::string, std::uint8_t> seen_;
+  struct NameHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view name) const {
+      return std::hash<std::string_view>{}(name);
+    }
+  };
+  std::unordered_map<std::string, std::uint8_t, NameHash, std::equal_to<>> seen_;
   plist::Array types_;
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <optional>
 
@@ -47,13 +48,15 @@ bool containsXmlDeclaration(std::string_view text) {
   return false;
 }
 
-// The first `needle` in `text` at or after `from`; memmem skips ahead where
-// a search for the first letter would stop at every "<".
+// The first `needle` in `text` at or after `from`. Boyer-Moore-Horspool
+// steps over most of the text a needle's length at a time, where a search
+// for the needle's first letter would stop at every "<".
 std::size_t findText(std::string_view text, std::string_view needle, std::size_t from) {
   if (from > text.size()) return std::string_view::npos;
-  const void* found = memmem(text.data() + from, text.size() - from, needle.data(), needle.size());
-  return found ? static_cast<std::size_t>(static_cast<const char*>(found) - text.data())
-               : std::string_view::npos;
+  const auto found = std::search(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(),
+                                 std::boyer_moore_horspool_searcher(needle.begin(), needle.end()));
+  return found == text.end() ? std::string_view::npos
+                             : static_cast<std::size_t>(found - text.begin());
 }
 
 constexpr std::string_view kKnownEntities[] = {"amp", "lt", "gt", "quot", "apos"};

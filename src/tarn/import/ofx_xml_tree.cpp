@@ -205,64 +205,68 @@ bool documentTextInUtf8(std::string& bytes, bool preferUtf8, XMLParseError& erro
 
 // Copies a pugixml document into the flat node array, splitting text at
 // entity references and merging neighbouring pieces of text.
-class OFXXMLTreeBuilder {
+class OFXXMLTreeBuilder : private pugi::xml_tree_walker {
  public:
   OFXXMLTreeBuilder(OFXXMLTree& tree, XMLParseError& error) : tree_(tree), error_(error) {}
 
-  bool build(const pugi::xml_document& document) {
-    const char* base = tree_.text_.data();
-    base_ = base;
+  bool build(pugi::xml_document& document) {
+    base_ = tree_.text_.data();
     // Generous: pages of the array that are never written cost nothing, and
     // growing it would copy every node.
     tree_.nodes_.reserve(tree_.text_.size() / 6 + 16);
     addNode(XMLNodeType::Document, {});
-    struct Frame {
-      std::uint32_t node;
-      std::uint32_t lastChild;
-    };
-    std::vector<Frame> frames{{0, OFXXMLTree::kNone}};
-    // Each node costs a handful of calls into pugixml: its type, its name or
-    // value, its first child and its next sibling, asked once each.
-    // The loop ends when the walk climbs back to the document, which the
-    // frames tell without asking pugixml.
-    pugi::xml_node current = document.first_child();
-    while (!current.empty()) {
-      const pugi::xml_node_type type = current.type();
-      if (type == pugi::node_element) {
-        flushText(frames.back().node, frames.back().lastChild);
-        for (pugi::xml_attribute attribute = current.first_attribute(); attribute;
-             attribute = attribute.next_attribute()) {
-          if (!checkReferences(attribute.value())) return false;
-        }
-        const std::uint32_t index = addNode(XMLNodeType::Element, current.name());
-        appendChild(frames.back().node, frames.back().lastChild, index);
-        if (const pugi::xml_node child = current.first_child()) {
-          frames.push_back({index, OFXXMLTree::kNone});
-          current = child;
-          continue;
-        }
-      } else if (type == pugi::node_pcdata) {
-        if (!addCharacterData(current.value(), frames.back().node, frames.back().lastChild)) {
-          return false;
-        }
-      } else if (type == pugi::node_cdata) {
-        addText(current.value(), false);
-      }
-      pugi::xml_node next = current.next_sibling();
-      while (next.empty() && frames.size() > 1) {
-        current = current.parent();
-        flushText(frames.back().node, frames.back().lastChild);
-        frames.pop_back();
-        next = current.next_sibling();
-      }
-      current = next;
-    }
-    flushText(frames.back().node, frames.back().lastChild);
+    frames_.push_back({0, OFXXMLTree::kNone});
+    // pugixml walks its own tree (its links followed inside the library) and
+    // hands over each node in document order with its depth: a few calls per
+    // node instead of one per link.
+    if (!document.traverse(*this)) return false;
+    while (frames_.size() > 1) closeFrame();
+    flushText(frames_.back().node, frames_.back().lastChild);
     // Texts built from several pieces follow the document's text.
     const auto shift = static_cast<std::uint32_t>(tree_.text_.size());
     for (std::uint32_t index : copied_) tree_.nodes_[index].offset += shift;
     tree_.text_ += copies_;
     return true;
+  }
+
+  // The element whose children are being added, and its last child so far.
+  struct Frame {
+    std::uint32_t node;
+    std::uint32_t lastChild;
+  };
+
+  // Called by pugixml for every node below the document, in document order;
+  // depth() is 0 for the document's own children. False stops the walk.
+  bool for_each(pugi::xml_node& node) override {
+    const auto parentFrames = static_cast<std::size_t>(depth()) + 1;
+    while (frames_.size() > parentFrames) closeFrame();
+    Frame& parent = frames_.back();
+    switch (node.type()) {
+      case pugi::node_element: {
+        flushText(parent.node, parent.lastChild);
+        for (pugi::xml_attribute attribute = node.first_attribute(); attribute;
+             attribute = attribute.next_attribute()) {
+          if (!checkReferences(attribute.value())) return false;
+        }
+        const std::uint32_t index = addNode(XMLNodeType::Element, node.name());
+        appendChild(parent.node, parent.lastChild, index);
+        frames_.push_back({index, OFXXMLTree::kNone});  // may move `parent`
+        return true;
+      }
+      case pugi::node_pcdata:
+        return addCharacterData(node.value(), parent.node, parent.lastChild);
+      case pugi::node_cdata:
+        addText(node.value(), false);
+        return true;
+      default:
+        return true;
+    }
+  }
+
+  // Ends the innermost element: its pending text becomes its last child.
+  void closeFrame() {
+    flushText(frames_.back().node, frames_.back().lastChild);
+    frames_.pop_back();
   }
 
  private:
@@ -380,6 +384,7 @@ class OFXXMLTreeBuilder {
   int pieces_ = 0;
   std::string copies_;
   std::vector<std::uint32_t> copied_;
+  std::vector<Frame> frames_;
 };
 
 std::unique_ptr<OFXXMLTree> OFXXMLTree::Parse(std::string bytes, bool preferUtf8,
