@@ -1,9 +1,11 @@
 // The OFX importer's quick readings against plain ones kept here as
-// references: the end-tag walk (one cursor, each tag scanned once) against a
-// walk that searches and appends piece by piece, and the direct reading of
-// plain amounts against the amount clean-up followed by the decimal reader.
+// references: the end-tag walk (one cursor, each tag scanned once) and the
+// ampersand walk (in place, each piece moved once) against walks that search
+// and append piece by piece, and the direct reading of plain amounts against
+// the amount clean-up followed by the decimal reader.
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <random>
@@ -103,6 +105,58 @@ TEST(OFXEndTagsReference, QuickWalkMatchesThePlainOneOnGeneratedText) {
   }
   statement += "</BANKTRANLIST>\n</STMTTRNRS>\n</BANKMSGSRSV1>\n</OFX>";
   EXPECT_EQ(TARNOFXImport::addMissingEndTagsToElementsInString(statement), plainEndTags(statement));
+}
+
+constexpr std::string_view kKnownEntities[] = {"amp", "lt", "gt", "quot", "apos"};
+
+// The faithful ampersand walk read plainly, appending as it goes: from "&" to
+// "&", copy the text before it and the "&", then a known entity's name as
+// written or "amp;"; stop at an ampersand that starts the text or follows
+// another one.
+std::string plainAmpersands(std::string_view text) {
+  std::string out;
+  std::size_t position = 0;
+  while (position < text.size()) {
+    const std::size_t amp = text.find('&', position);
+    if (amp == std::string_view::npos) {
+      out.append(text.substr(position));
+      break;
+    }
+    if (amp == position) break;
+    out.append(text.substr(position, amp - position));
+    out += '&';
+    const std::string_view rest = text.substr(amp + 1);
+    const std::size_t semicolon = rest.substr(0, 5).find(';');
+    std::string written = "amp;";
+    if (semicolon != std::string_view::npos) {
+      std::string lower(rest.substr(0, semicolon));
+      for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+      for (std::string_view known : kKnownEntities) {
+        if (lower == known) written = std::string(rest.substr(0, semicolon));
+      }
+    }
+    out += written;
+    position = amp + 1;
+  }
+  return out;
+}
+
+TEST(OFXAmpersandsReference, InPlaceWalkMatchesThePlainOneOnGeneratedText) {
+  static const char* const kPieces[] = {"&",   "&amp;",    "&AMP;", "&lt;", "&Quot;", "&apos;",
+                                        "&gt", "&ampere;", ";",     "a",    "AT&T",   " ",
+                                        "<N>", "</N>",     "&#38;", "&&"};
+  std::mt19937 random(5);
+  for (int round = 0; round < 20000; ++round) {
+    std::string text;
+    for (std::size_t i = random() % 16; i > 0; --i) text += kPieces[random() % std::size(kPieces)];
+    const std::string expected = plainAmpersands(text);
+    ASSERT_EQ(TARNOFXImport::escapePhysicalEntitiesInElementsInString(text), expected) << text;
+    // Text whose buffer has room to spare grows where it stands.
+    std::string inPlace = text;
+    inPlace.reserve(text.size() * 3);
+    TARNOFXImport::escapePhysicalEntitiesInPlace(inPlace);
+    ASSERT_EQ(inPlace, expected) << text;
+  }
 }
 
 // The amount as the clean-up and the decimal reader give it.

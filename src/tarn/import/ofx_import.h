@@ -98,6 +98,9 @@ class TARNOFXImport {
   // that starts the text or follows another one).
   static std::string addMissingEndTagsToElementsInString(std::string_view text);
   static std::string escapePhysicalEntitiesInElementsInString(std::string_view text);
+  // The same walk on the text where it stands: the text grows by what the
+  // ampersands get after them, each piece moved once.
+  static void escapePhysicalEntitiesInPlace(std::string& text);
   // The tolerant reading's ampersand walk: references already present are
   // kept once, every other ampersand becomes "&amp;".
   static std::string escapeAmpersandsTolerantly(std::string_view text);

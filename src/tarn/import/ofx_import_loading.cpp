@@ -6,6 +6,7 @@
 #include <functional>
 #include <iterator>
 #include <optional>
+#include <vector>
 
 #include "tarn/import/ofx_import.h"
 #include "tarn/platform/encodings.h"
@@ -276,9 +277,13 @@ std::shared_ptr<TARNOFXImport> TARNOFXImport::loadFromBytes(std::string bytes,
   if (withEndTags.find('&') == std::string::npos) {
     escaped = std::move(withEndTags);  // both walks copy such text unchanged
   } else {
-    escaped = tolerant ? escapeAmpersandsTolerantly(withEndTags)
-                       : escapePhysicalEntitiesInElementsInString(withEndTags);
-    withEndTags = std::string();
+    if (tolerant) {
+      escaped = escapeAmpersandsTolerantly(withEndTags);
+      withEndTags = std::string();
+    } else {
+      escapePhysicalEntitiesInPlace(withEndTags);
+      escaped = std::move(withEndTags);
+    }
   }
 
   // The faithful reading hands the XML parser the text in the header's
@@ -415,31 +420,52 @@ std::string TARNOFXImport::addMissingEndTagsToElementsInString(std::string_view 
 }
 
 std::string TARNOFXImport::escapePhysicalEntitiesInElementsInString(std::string_view text) {
-  std::string out;
-  out.reserve(text.size() + text.size() / 16);
-  std::size_t position = 0;
-  while (position < text.size()) {
-    const std::size_t amp = text.find('&', position);
-    if (amp == std::string_view::npos) {
-      out.append(text.substr(position));
+  std::string out(text);
+  escapePhysicalEntitiesInPlace(out);
+  return out;
+}
+
+void TARNOFXImport::escapePhysicalEntitiesInPlace(std::string& text) {
+  // First pass: what each ampersand gets after it, and where the walk stops
+  // (an ampersand at the start or right after another one drops the rest).
+  struct Insertion {
+    std::size_t ampersand;
+    std::string_view after;  // the name as written, or "amp;"
+  };
+  std::vector<Insertion> insertions;
+  std::size_t kept = text.size();
+  std::size_t growth = 0;
+  for (std::size_t position = 0, amp; (amp = text.find('&', position)) != std::string::npos;
+       position = amp + 1) {
+    if (amp == position) {
+      kept = amp;
       break;
     }
-    // An ampersand at the start, or right after another one, ends the walk
-    // and drops the rest of the text.
-    if (amp == position) break;
-    out.append(text.substr(position, amp - position));
-    out.push_back('&');
-    const std::string_view rest = text.substr(amp + 1);
+    const std::string_view rest = std::string_view(text).substr(amp + 1);
     const std::string_view known = knownEntityAfterAmpersand(rest);
-    if (!known.empty()) {
-      // The name as written; the walk copies it again with its ";" next.
-      out.append(rest.substr(0, known.size()));
-    } else {
-      out.append("amp;");
-    }
-    position = amp + 1;
+    // The name as written; the walk copies it again with its ";" next.
+    insertions.push_back(
+        {amp, known.empty() ? std::string_view("amp;") : rest.substr(0, known.size())});
+    growth += insertions.back().after.size();
   }
-  return out;
+  // The names copied before the text moves, which may write over them.
+  std::string names;
+  for (const Insertion& insertion : insertions) names.append(insertion.after);
+  for (std::size_t at = 0; Insertion & insertion : insertions) {
+    insertion.after = std::string_view(names).substr(at, insertion.after.size());
+    at += insertion.after.size();
+  }
+  // Second pass, from the end: each piece moves once, by the growth before it.
+  text.resize(kept + growth);
+  char* const data = text.data();
+  std::size_t end = kept;  // of the piece still to move, in the old text
+  for (auto insertion = insertions.rbegin(); insertion != insertions.rend(); ++insertion) {
+    const std::size_t pieceStart = insertion->ampersand + 1;
+    std::memmove(data + pieceStart + growth, data + pieceStart, end - pieceStart);
+    growth -= insertion->after.size();
+    std::memcpy(data + pieceStart + growth, insertion->after.data(), insertion->after.size());
+    end = pieceStart;
+  }
 }
 
 std::string TARNOFXImport::escapeAmpersandsTolerantly(std::string_view text) {
