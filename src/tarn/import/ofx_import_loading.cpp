@@ -1,6 +1,8 @@
 // Loading an OFX file: the encoding, the SGML-to-XML steps of OFX 1, and the
 // XML tree.
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <functional>
@@ -310,9 +312,25 @@ std::shared_ptr<TARNOFXImport> TARNOFXImport::loadFromBytes(std::string bytes,
 
 namespace {
 
-// The first `c` in [from, end), or end. Tags and values are short, so a plain
-// loop beats a library call per search.
+// The first `c` in [from, end), or end. Tags and values are short, so an
+// inline search beats a library call per search; it looks at eight bytes at a
+// time, a byte equal to `c` showing as a zero byte of the word XOR `c`s.
 const char* findByte(const char* from, const char* end, char c) {
+  if constexpr (std::endian::native == std::endian::little) {
+    constexpr std::uint64_t kOnes = 0x0101010101010101ull;
+    constexpr std::uint64_t kHighBits = 0x8080808080808080ull;
+    const std::uint64_t pattern = kOnes * static_cast<unsigned char>(c);
+    while (end - from >= 8) {
+      std::uint64_t word;
+      std::memcpy(&word, from, 8);
+      word ^= pattern;
+      // The lowest marked byte is the first zero byte (borrows only mark
+      // bytes above a zero one).
+      const std::uint64_t zeros = (word - kOnes) & ~word & kHighBits;
+      if (zeros != 0) return from + (std::countr_zero(zeros) >> 3);
+      from += 8;
+    }
+  }
   while (from < end && *from != c) ++from;
   return from;
 }
