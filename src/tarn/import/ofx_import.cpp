@@ -177,9 +177,9 @@ class EntryFields {
       if (present_ & (1u << key)) {
         entry.appendSorted(kNames[key], std::move(slot(key)));
         slot(key).~Value();
+        present_ &= ~(1u << key);
       }
     }
-    present_ = 0;
     return entry;
   }
 
