@@ -431,6 +431,9 @@ void PrintReview(const ImportedFile& file, const TARNAccount& account,
   if (added) {
     if (added->empty()) {
       fmt::print("Nothing added to {}: no entry is ticked\n", account.GetName());
+    } else if (added->size() == 1) {
+      fmt::print("Added 1 entry to {} (entry {})\n", account.GetName(),
+                 added->front()->GetNumber());
     } else {
       fmt::print("Added {} entries to {} (entries {} to {})\n", added->size(), account.GetName(),
                  added->front()->GetNumber(), added->back()->GetNumber());
