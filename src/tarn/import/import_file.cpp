@@ -56,11 +56,17 @@ std::string DetectionText(std::string_view bytes) {
 }
 
 bool LooksLikeQIF(std::string_view text) {
-  std::size_t at = 0;
-  while (at < text.size() && std::isspace(static_cast<unsigned char>(text[at]))) ++at;
-  const std::string_view rest = text.substr(at);
-  for (std::string_view header : {"!Type:", "!Account", "!Option:", "!Clear:"}) {
-    if (StartsWithIgnoringCase(rest, header)) return true;
+  // A header line anywhere in the window: some programs write comment lines
+  // before the first one.
+  for (std::size_t line = 0; line < text.size();) {
+    std::size_t start = line;
+    while (start < text.size() && (text[start] == ' ' || text[start] == '\t')) ++start;
+    for (std::string_view header : {"!Type:", "!Account", "!Option:", "!Clear:"}) {
+      if (StartsWithIgnoringCase(text.substr(start), header)) return true;
+    }
+    const std::size_t end = text.find_first_of("\r\n", start);
+    if (end == std::string_view::npos) break;
+    line = end + 1;
   }
   // Bare records: lines that start with a QIF field code, each record closed
   // by a line holding only "^".
@@ -83,11 +89,22 @@ bool LooksLikeQIF(std::string_view text) {
   return records > 0 && fieldLines >= records && otherLines <= fieldLines / 4;
 }
 
+// An OFX 1 header at the start, an OFX 2 processing instruction, or an
+// "<OFX>" element that opens a line (not one inside a text field).
 bool LooksLikeOFX(std::string_view text) {
   std::size_t at = 0;
   while (at < text.size() && std::isspace(static_cast<unsigned char>(text[at]))) ++at;
-  return StartsWithIgnoringCase(text.substr(at), "OFXHEADER") ||
-         ContainsIgnoringCase(text, "<OFX>") || ContainsIgnoringCase(text, "<?OFX");
+  if (StartsWithIgnoringCase(text.substr(at), "OFXHEADER")) return true;
+  if (ContainsIgnoringCase(text, "<?OFX")) return true;
+  for (std::size_t line = 0; line < text.size();) {
+    std::size_t start = line;
+    while (start < text.size() && (text[start] == ' ' || text[start] == '\t')) ++start;
+    if (StartsWithIgnoringCase(text.substr(start), "<OFX>")) return true;
+    const std::size_t end = text.find_first_of("\r\n", start);
+    if (end == std::string_view::npos) break;
+    line = end + 1;
+  }
+  return false;
 }
 
 DetectedImportFormat LooksLikeText(std::string_view text) {

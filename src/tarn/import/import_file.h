@@ -30,8 +30,8 @@ struct DetectedImportFormat {
   bool tabSeparated = false;
 };
 
-// QIF: the first line that is not blank starts with "!" and a QIF header
-// word (Type, Account, Option, Clear), or the text is made of records ending
+// QIF: a line starts with "!" and a QIF header word (Type, Account, Option,
+// Clear), or the text is made of records ending
 // in "^" lines. OFX: an OFX 1 header ("OFXHEADER:") or an "<OFX>" element,
 // in UTF-8, UTF-16 or an 8-bit encoding. Text: printable lines holding commas
 // or tabs. Anything else (binary data, prose) is unknown.
