@@ -8,6 +8,7 @@
 #include <set>
 #include <stdexcept>
 #include <tuple>
+#include <type_traits>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
@@ -39,59 +40,64 @@ std::int64_t Cents(double amount) {
   return std::llround(amount * 100.0);
 }
 
-// One sorted run of existing entries (same amount, or same amount and payee)
-// with the used ones skipped in both directions by path-compressed links.
-class CandidateRun {
+// Existing entries in one order (by amount, or by amount and payee, then
+// date and index), with the ones already matched skipped in both directions
+// by path-compressed links. A run is the stretch of one amount (and payee).
+class SortedCandidates {
  public:
-  void add(std::int64_t day, std::size_t existing) { members_.push_back({day, existing}); }
-
-  // Sorts by date, then index, and returns each member's position through
-  // `positionOf` (indexed by existing entry).
-  void finish(std::vector<std::size_t>& positionOf) {
-    std::sort(members_.begin(), members_.end());
-    next_.resize(members_.size() + 1);
-    previous_.resize(members_.size() + 1);
-    for (std::size_t i = 0; i <= members_.size(); ++i) next_[i] = previous_[i] = i;
-    for (std::size_t i = 0; i < members_.size(); ++i) positionOf[members_[i].second] = i;
-  }
-
-  void markUsed(std::size_t position) {
-    next_[position] = position + 1;
-    // previous_ is shifted by one: slot p + 1 stands for position p, slot 0
-    // for "none before".
-    previous_[position + 1] = position;
-  }
-
-  // The best unused member for `day` within `window` days: nearest date,
-  // then earlier date, then lower index. Returns the member's existing index
-  // and its key, or nothing.
   struct Found {
     std::int64_t distance, day;
-    std::size_t existing, position;
+    std::size_t existing;
   };
-  std::optional<Found> best(std::int64_t day, std::int64_t window) {
+
+  // `less` orders existing indexes by the run key, then date, then index.
+  template <typename Less>
+  SortedCandidates(std::size_t count, const std::vector<std::int64_t>& days, Less less)
+      : days_(days), order_(count), position_(count), next_(count + 1), previous_(count + 1) {
+    for (std::size_t i = 0; i < count; ++i) order_[i] = static_cast<std::uint32_t>(i);
+    std::sort(order_.begin(), order_.end(), less);
+    for (std::size_t p = 0; p < count; ++p) position_[order_[p]] = p;
+    for (std::size_t p = 0; p <= count; ++p) next_[p] = previous_[p] = p;
+  }
+
+  void markUsed(std::size_t existing) {
+    const std::size_t p = position_[existing];
+    next_[p] = p + 1;
+    // previous_ is shifted by one: slot p + 1 stands for position p, slot 0
+    // for "none before".
+    previous_[p + 1] = p;
+  }
+
+  // The best unmatched entry of the run [begin, end) for `day`, within
+  // `window` days: nearest date, then earlier date, then lower index.
+  std::optional<Found> best(std::size_t begin, std::size_t end, std::int64_t day,
+                            std::int64_t window) {
     const auto at = [&](std::int64_t d) {
       return static_cast<std::size_t>(
-          std::lower_bound(members_.begin(), members_.end(), std::pair{d, std::size_t{0}}) -
-          members_.begin());
+          std::partition_point(order_.begin() + static_cast<std::ptrdiff_t>(begin),
+                               order_.begin() + static_cast<std::ptrdiff_t>(end),
+                               [&](std::uint32_t e) { return days_[e] < d; }) -
+          order_.begin());
     };
     const std::size_t from = at(day);
     std::optional<Found> found;
-    if (const std::size_t f = findNext(from); f < members_.size()) {
-      const std::int64_t distance = members_[f].first - day;
-      if (distance <= window) found = Found{distance, members_[f].first, members_[f].second, f};
+    if (const std::size_t f = findNext(from); f < end) {
+      const std::int64_t distance = days_[order_[f]] - day;
+      if (distance <= window) found = Found{distance, days_[order_[f]], order_[f]};
     }
-    if (const std::size_t slot = findPrevious(from); slot > 0) {
-      const std::size_t b = slot - 1;
-      const std::int64_t distance = day - members_[b].first;
+    if (const std::size_t slot = findPrevious(from); slot > begin) {
+      const std::int64_t before = days_[order_[slot - 1]];
+      const std::int64_t distance = day - before;
       if (distance <= window && (!found || distance <= found->distance)) {
-        // The first unused member of that date has the lowest index.
-        const std::size_t first = findNext(at(members_[b].first));
-        found = Found{distance, members_[first].first, members_[first].second, first};
+        // The first unmatched entry of that date has the lowest index.
+        const std::size_t first = findNext(at(before));
+        found = Found{distance, before, order_[first]};
       }
     }
     return found;
   }
+
+  const std::vector<std::uint32_t>& order() const { return order_; }
 
  private:
   std::size_t findNext(std::size_t i) {
@@ -100,8 +106,8 @@ class CandidateRun {
     while (next_[i] != root) i = std::exchange(next_[i], root);
     return root;
   }
-  // The slot (position + 1) of the last unused member before `position`, 0
-  // for none.
+  // The slot (position + 1) of the last unmatched entry before `position`,
+  // 0 for none.
   std::size_t findPrevious(std::size_t position) {
     std::size_t i = position, root = i;
     while (previous_[root] != root) root = previous_[root];
@@ -109,20 +115,11 @@ class CandidateRun {
     return root;
   }
 
-  std::vector<std::pair<std::int64_t, std::size_t>> members_;
+  const std::vector<std::int64_t>& days_;
+  std::vector<std::uint32_t> order_;
+  std::vector<std::size_t> position_;
   std::vector<std::size_t> next_;
   std::vector<std::size_t> previous_;
-};
-
-struct PayeeRunKey {
-  std::int64_t cents;
-  std::string payee;
-  bool operator==(const PayeeRunKey&) const = default;
-};
-struct PayeeRunHash {
-  std::size_t operator()(const PayeeRunKey& key) const {
-    return std::hash<std::int64_t>()(key.cents) * 31 + std::hash<std::string>()(key.payee);
-  }
 };
 
 }  // namespace
@@ -143,48 +140,81 @@ std::int64_t DayOfDateNumber(DateNumber date) {
 std::vector<std::ptrdiff_t> MatchDuplicates(const std::vector<DuplicateKey>& imported,
                                             const std::vector<DuplicateKey>& existing,
                                             std::int64_t window) {
-  // Every existing entry sits in two runs: all entries of its amount, and
-  // the entries of its amount and payee ("" for none).
-  std::unordered_map<std::int64_t, CandidateRun> byAmount;
-  std::unordered_map<PayeeRunKey, CandidateRun, PayeeRunHash> byPayee;
-  std::vector<CandidateRun*> amountRunOf(existing.size()), payeeRunOf(existing.size());
-  for (std::size_t i = 0; i < existing.size(); ++i) {
-    const DuplicateKey& key = existing[i];
-    amountRunOf[i] = &byAmount[key.cents];
-    payeeRunOf[i] = &byPayee[PayeeRunKey{key.cents, key.payee}];
-    amountRunOf[i]->add(key.day, i);
-    payeeRunOf[i]->add(key.day, i);
+  // Payees as small numbers, 0 for none, so that runs sort and compare as
+  // integers.
+  std::unordered_map<std::string_view, std::uint32_t> payeeIds;
+  payeeIds.emplace(std::string_view(), 0);
+  const std::size_t count = existing.size();
+  std::vector<std::int64_t> cents(count), days(count);
+  std::vector<std::uint32_t> payees(count);
+  for (std::size_t i = 0; i < count; ++i) {
+    cents[i] = existing[i].cents;
+    days[i] = existing[i].day;
+    payees[i] = payeeIds.try_emplace(existing[i].payee, payeeIds.size()).first->second;
   }
-  std::vector<std::size_t> amountPosition(existing.size()), payeePosition(existing.size());
-  for (auto& [cents, run] : byAmount) run.finish(amountPosition);
-  for (auto& [key, run] : byPayee) run.finish(payeePosition);
+  // Every existing entry sits in two runs: all entries of its amount, and
+  // the entries of its amount and payee.
+  SortedCandidates byAmount(count, days, [&](std::uint32_t a, std::uint32_t b) {
+    return std::tie(cents[a], days[a], a) < std::tie(cents[b], days[b], b);
+  });
+  SortedCandidates byPayee(count, days, [&](std::uint32_t a, std::uint32_t b) {
+    return std::tie(cents[a], payees[a], days[a], a) < std::tie(cents[b], payees[b], days[b], b);
+  });
+  const auto amountRun = [&](std::int64_t amount) {
+    const auto& order = byAmount.order();
+    const auto range =
+        std::equal_range(order.begin(), order.end(), amount, [&](const auto& a, const auto& b) {
+          if constexpr (std::is_same_v<std::decay_t<decltype(a)>, std::uint32_t>) {
+            return cents[a] < b;
+          } else {
+            return a < cents[b];
+          }
+        });
+    return std::pair{static_cast<std::size_t>(range.first - order.begin()),
+                     static_cast<std::size_t>(range.second - order.begin())};
+  };
+  const auto payeeRun = [&](std::int64_t amount, std::uint32_t payee) {
+    const auto& order = byPayee.order();
+    const auto key = std::pair{amount, payee};
+    const auto range =
+        std::equal_range(order.begin(), order.end(), key, [&](const auto& a, const auto& b) {
+          if constexpr (std::is_same_v<std::decay_t<decltype(a)>, std::uint32_t>) {
+            return std::pair{cents[a], payees[a]} < b;
+          } else {
+            return a < std::pair{cents[b], payees[b]};
+          }
+        });
+    return std::pair{static_cast<std::size_t>(range.first - order.begin()),
+                     static_cast<std::size_t>(range.second - order.begin())};
+  };
 
   std::vector<std::ptrdiff_t> matches(imported.size(), -1);
-  const auto better = [](const CandidateRun::Found& a, const CandidateRun::Found& b) {
-    return std::tie(a.distance, a.day, a.existing) < std::tie(b.distance, b.day, b.existing);
-  };
   for (std::size_t i = 0; i < imported.size(); ++i) {
     const DuplicateKey& key = imported[i];
-    std::optional<CandidateRun::Found> found;
-    const auto consider = [&](CandidateRun* run) {
-      if (!run) return;
-      auto candidate = run->best(key.day, window);
-      if (candidate && (!found || better(*candidate, *found))) found = candidate;
+    std::optional<SortedCandidates::Found> found;
+    const auto consider = [&](SortedCandidates& candidates,
+                              std::pair<std::size_t, std::size_t> run) {
+      if (run.first == run.second) return;
+      auto candidate = candidates.best(run.first, run.second, key.day, window);
+      if (candidate &&
+          (!found || std::tie(candidate->distance, candidate->day, candidate->existing) <
+                         std::tie(found->distance, found->day, found->existing))) {
+        found = candidate;
+      }
     };
     if (key.payee.empty()) {
-      if (auto run = byAmount.find(key.cents); run != byAmount.end()) consider(&run->second);
+      consider(byAmount, amountRun(key.cents));
     } else {
-      for (const std::string& payee : {key.payee, std::string()}) {
-        if (auto run = byPayee.find(PayeeRunKey{key.cents, payee}); run != byPayee.end()) {
-          consider(&run->second);
-        }
+      // The same payee, or an existing entry without one.
+      if (auto id = payeeIds.find(key.payee); id != payeeIds.end()) {
+        consider(byPayee, payeeRun(key.cents, id->second));
       }
+      consider(byPayee, payeeRun(key.cents, 0));
     }
     if (!found) continue;
-    const std::size_t e = found->existing;
-    matches[i] = static_cast<std::ptrdiff_t>(e);
-    amountRunOf[e]->markUsed(amountPosition[e]);
-    payeeRunOf[e]->markUsed(payeePosition[e]);
+    matches[i] = static_cast<std::ptrdiff_t>(found->existing);
+    byAmount.markUsed(found->existing);
+    byPayee.markUsed(found->existing);
   }
   return matches;
 }
