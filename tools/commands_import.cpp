@@ -1,7 +1,9 @@
 // Commands that read other programs' files: import (review, then add the
 // entries kept) and inspect (what the importer reads from a file, no book).
 
+#include <array>
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 #include <memory>
 #include <optional>
@@ -263,23 +265,27 @@ std::string DateText(std::int32_t date) {
 
 // The entries a statement option picks: one statement's, or all when the
 // file has at most one.
-const plist::Array& ChosenEntries(const ImportedFile& file, const std::string& statement) {
+plist::Array ChosenEntries(ImportedFile& file, const std::string& statement) {
+  const auto names = [&]() {
+    std::vector<std::string> all;
+    for (const auto& each : file.statements) all.push_back(each.name);
+    return all.empty() ? std::string("none") : Joined(all, ", ");
+  };
   if (!statement.empty()) {
-    for (const auto& each : file.statements) {
-      if (each.name == statement) return each.entries;
+    for (auto& each : file.statements) {
+      if (each.name != statement) continue;
+      if (file.format != ImportFormat::OFX) return std::move(each.entries);
+      const auto first = file.entries.begin() + static_cast<std::ptrdiff_t>(each.firstEntry);
+      return plist::Array(first, first + static_cast<std::ptrdiff_t>(each.entryCount));
     }
-    std::vector<std::string> names;
-    for (const auto& each : file.statements) names.push_back(each.name);
-    throw Failure(fmt::format("{}: no statement \"{}\" (it has: {})", file.path, statement,
-                              names.empty() ? "none" : Joined(names, ", ")));
+    throw Failure(
+        fmt::format("{}: no statement \"{}\" (it has: {})", file.path, statement, names()));
   }
   if (file.statements.size() > 1) {
-    std::vector<std::string> names;
-    for (const auto& each : file.statements) names.push_back(each.name);
     throw Failure(fmt::format("{}: holds {} statements ({}); choose one with --statement",
-                              file.path, file.statements.size(), Joined(names, ", ")));
+                              file.path, file.statements.size(), names()));
   }
-  return file.entries;
+  return std::move(file.entries);
 }
 
 std::string ReadingNote(const ImportedFile& file) {
@@ -458,14 +464,14 @@ void AddImport(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
         ImportFileOptions reading = Options(options->reading, account.get());
         GuessSeparator(reading, options->reading, options->file,
                        account->textImportSettings().dataLayout.has_value());
-        const ImportedFile file = ReadImportedFile(options->file, reading);
+        ImportedFile file = ReadImportedFile(options->file, reading);
         if (file.format == ImportFormat::Text && !reading.text.dataLayout) {
           throw Failure(fmt::format(
               "{}: account \"{}\" has no column layout for text files yet: give --columns, "
               "e.g. --columns date,description,amount (the first line holds: {})",
               options->file, account->GetName(), Joined(file.firstLineFields, " | ")));
         }
-        const plist::Array& entries = ChosenEntries(file, options->statement);
+        const plist::Array entries = ChosenEntries(file, options->statement);
         TARNImportReview review(*book, *account, file.format, reading);
         review.addEntries(entries);
         if (!options->only.empty()) {
@@ -496,11 +502,75 @@ struct InspectOptions {
   ReadingOptions reading;
 };
 
+// The entries of a file as an aligned table. A file may hold a hundred
+// thousand entries, so the rows are made twice (once to measure, once to
+// print) instead of being kept, and the text goes out in large writes.
+void PrintEntryRows(const plist::Array& entries) {
+  struct Column {
+    const char* title;
+    bool right;
+  };
+  static const Column kColumns[] = {{"#", true},         {"Date", false},        {"Amount", true},
+                                    {"Payee", false},    {"Description", false}, {"Type", false},
+                                    {"Category", false}, {"No", true},           {"R", false},
+                                    {"FITID", false}};
+  constexpr std::size_t kCount = std::size(kColumns);
+  const auto width = [](std::string_view text) {
+    std::size_t points = 0;
+    for (char c : text) points += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+    return points;
+  };
+  std::array<std::string, kCount> cells;
+  const auto fill = [&](std::size_t index, const plist::Value& entry) {
+    const plist::Value* cleared = entry.find("cleared");
+    cells = {std::to_string(index + 1),
+             DateText(DateOf(entry)),
+             fmt::format("{:.2f}", Money(AmountOf(entry))),
+             Str(entry, "toFrom"),
+             Str(entry, "description"),
+             Str(entry, "type"),
+             Str(entry, "category"),
+             Str(entry, "number"),
+             cleared && cleared->boolValue() ? "R" : "",
+             Str(entry, "fitID")};
+  };
+  std::array<std::size_t, kCount> widths{};
+  for (std::size_t c = 0; c < kCount; ++c) widths[c] = width(kColumns[c].title);
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    fill(i, entries[i]);
+    for (std::size_t c = 0; c < kCount; ++c) widths[c] = std::max(widths[c], width(cells[c]));
+  }
+  std::string out;
+  const auto line = [&]() {
+    const std::size_t start = out.size();
+    for (std::size_t c = 0; c < kCount; ++c) {
+      if (c > 0) out += "  ";
+      const std::size_t pad = widths[c] - width(cells[c]);
+      if (kColumns[c].right) out.append(pad, ' ');
+      out += cells[c];
+      if (!kColumns[c].right) out.append(pad, ' ');
+    }
+    while (out.size() > start && out.back() == ' ') out.pop_back();
+    out += '\n';
+    if (out.size() > (1 << 16)) {
+      std::fwrite(out.data(), 1, out.size(), stdout);
+      out.clear();
+    }
+  };
+  for (std::size_t c = 0; c < kCount; ++c) cells[c] = kColumns[c].title;
+  line();
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    fill(i, entries[i]);
+    line();
+  }
+  std::fwrite(out.data(), 1, out.size(), stdout);
+}
+
 void PrintInspection(const ImportedFile& file, const GlobalOptions& global) {
   if (global.json) {
     nlohmann::json statements = nlohmann::json::array();
     for (const auto& statement : file.statements) {
-      nlohmann::json each = {{"name", statement.name}, {"entries", statement.entries.size()}};
+      nlohmann::json each = {{"name", statement.name}, {"entries", statement.entryCount}};
       if (!statement.currency.empty()) each["currency"] = statement.currency;
       statements.push_back(std::move(each));
     }
@@ -529,9 +599,9 @@ void PrintInspection(const ImportedFile& file, const GlobalOptions& global) {
              file.encoding);
   if (const std::string note = ReadingNote(file); !note.empty()) fmt::print("{}\n", note);
   for (const auto& statement : file.statements) {
-    fmt::print(
-        "Account: {}{} ({} entries)\n", statement.name.empty() ? "(no name)" : statement.name,
-        statement.currency.empty() ? "" : " " + statement.currency, statement.entries.size());
+    fmt::print("Account: {}{} ({} entries)\n",
+               statement.name.empty() ? "(no name)" : statement.name,
+               statement.currency.empty() ? "" : " " + statement.currency, statement.entryCount);
   }
   if (!file.categories.empty()) fmt::print("Categories: {}\n", Joined(file.categories, ", "));
   if (file.format == ImportFormat::Text && !file.firstLineFields.empty()) {
@@ -540,26 +610,7 @@ void PrintInspection(const ImportedFile& file, const GlobalOptions& global) {
   }
   fmt::print("Entries: {}\n", file.entries.size());
   if (file.entries.empty()) return;
-  Table table({{"#", true},
-               {"Date"},
-               {"Amount", true},
-               {"Payee", false, true},
-               {"Description", false, true},
-               {"Type"},
-               {"Category", false, true},
-               {"No", true},
-               {"R"},
-               {"FITID"}});
-  std::size_t index = 0;
-  for (const plist::Value& entry : file.entries) {
-    const plist::Value* cleared = entry.find("cleared");
-    table.add({std::to_string(++index), DateText(DateOf(entry)),
-               fmt::format("{:.2f}", Money(AmountOf(entry))), Str(entry, "toFrom"),
-               Str(entry, "description"), Str(entry, "type"), Str(entry, "category"),
-               Str(entry, "number"), cleared && cleared->boolValue() ? "R" : "",
-               Str(entry, "fitID")});
-  }
-  table.print();
+  PrintEntryRows(file.entries);
 }
 
 void AddInspect(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {

@@ -186,6 +186,15 @@ std::string OFXEncodingName(std::string_view bytes, bool tolerant) {
   return NameOfStringEncoding(chosen);
 }
 
+// The array under a key of a dictionary value, moved out; empty when absent.
+plist::Array TakeArray(plist::Value& dictionary, const std::string& key) {
+  if (!dictionary.isDictionary()) return {};
+  plist::Dictionary& fields = dictionary.mutableDictionary();
+  const auto found = fields.find(key);
+  if (found == fields.end() || !found->second.isArray()) return {};
+  return std::move(found->second.mutableArray());
+}
+
 std::string Text(const plist::Value* value) {
   return value && value->isString() ? value->stringValue() : std::string();
 }
@@ -210,16 +219,19 @@ void ReadOFX(ImportedFile& file, std::string bytes, const ImportFileOptions& opt
   }
   file.encoding = OFXEncodingName(bytes, file.tolerant);
   importer->SetOptions(options.ofx);
-  const plist::Value result = importer->parse();
-  const plist::Value* accounts = result.find("accounts");
-  if (!accounts || !accounts->isArray()) return;
-  for (const plist::Value& account : accounts->arrayValue()) {
+  plist::Value result = importer->parse();
+  for (plist::Value& account : TakeArray(result, "accounts")) {
     ImportedStatement statement;
     statement.name = Text(account.find("accountID"));
     statement.currency = Text(account.find("currency"));
-    if (const plist::Value* entries = account.find("entries"); entries && entries->isArray()) {
-      statement.entries = entries->arrayValue();
-      file.entries.insert(file.entries.end(), statement.entries.begin(), statement.entries.end());
+    statement.firstEntry = file.entries.size();
+    plist::Array entries = TakeArray(account, "entries");
+    statement.entryCount = entries.size();
+    if (file.entries.empty()) {
+      file.entries = std::move(entries);
+    } else {
+      file.entries.insert(file.entries.end(), std::make_move_iterator(entries.begin()),
+                          std::make_move_iterator(entries.end()));
     }
     file.statements.push_back(std::move(statement));
   }
@@ -241,10 +253,8 @@ void ReadQIF(ImportedFile& file, const std::string& bytes, const ImportFileOptio
                     "its \"!Option:AutoSwitch\" account list has no \"!Clear:AutoSwitch\" line");
   }
   importer->SetSettings(options.qif, ImportDateFormatAt(options.qif.dateFormat));
-  const plist::Value result(importer->parse());
-  if (const plist::Value* entries = result.find("entries"); entries && entries->isArray()) {
-    file.entries = entries->arrayValue();
-  }
+  plist::Value result(importer->parse());
+  file.entries = TakeArray(result, "entries");
   if (const plist::Value* names = result.find("categories"); names && names->isArray()) {
     for (const plist::Value& name : names->arrayValue()) file.categories.push_back(Text(&name));
   }
@@ -254,6 +264,7 @@ void ReadQIF(ImportedFile& file, const std::string& bytes, const ImportFileOptio
       statement.name = Text(account.find("name"));
       if (const plist::Value* entries = account.find("entries"); entries && entries->isArray()) {
         statement.entries = entries->arrayValue();
+        statement.entryCount = statement.entries.size();
       }
       file.statements.push_back(std::move(statement));
     }
@@ -286,10 +297,8 @@ void ReadText(ImportedFile& file, const std::string& bytes, const ImportFileOpti
   if (!options.text.dataLayout || options.text.dataLayout->empty()) return;
   auto importer = TARNTextImport::initWithString(std::move(text));
   importer->SetSettings(options.text, ImportDateFormatAt(options.text.dateFormat));
-  const plist::Value result(importer->parse());
-  if (const plist::Value* entries = result.find("entries"); entries && entries->isArray()) {
-    file.entries = entries->arrayValue();
-  }
+  plist::Value result(importer->parse());
+  file.entries = TakeArray(result, "entries");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 // from there.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -64,7 +65,12 @@ struct ImportFileOptions {
 struct ImportedStatement {
   std::string name;      // the QIF account name, or the OFX account identifier
   std::string currency;  // OFX only
-  plist::Array entries;  // import entry dictionaries
+  std::size_t entryCount = 0;
+  // OFX: the statement's entries are the file's `entries` from this one on
+  // (statements follow each other there, so nothing is held twice).
+  std::size_t firstEntry = 0;
+  // QIF: the account's entries, read apart from the file's own list.
+  plist::Array entries;
 };
 
 struct ImportedFile {

@@ -76,8 +76,19 @@ std::optional<std::string> DecodeImportBytes(std::string_view bytes, StringEncod
 }
 
 std::optional<std::string> ReadImportFileBytes(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(path, std::ios::binary | std::ios::ate);
   if (!file) return std::nullopt;
+  // One read of the whole size; a file that is no regular one (a pipe)
+  // reports no size and is read to its end instead.
+  const std::streamoff size = file.tellg();
+  if (size > 0) {
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    file.seekg(0);
+    if (!file.read(bytes.data(), size)) return std::nullopt;
+    return bytes;
+  }
+  file.clear();
+  file.seekg(0);
   std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
   if (file.bad()) return std::nullopt;
   return bytes;
