@@ -344,22 +344,27 @@ std::optional<std::int32_t> ImportDateFormatIndex(std::string_view format) {
 }
 
 ImportedFile ReadImportedFile(const std::string& path, const ImportFileOptions& options) {
-  ImportedFile file;
-  file.path = path;
   std::optional<std::string> bytes = ReadImportFileBytes(path);
   if (!bytes) throw FileError(path, "the file cannot be read");
-  if (bytes->empty()) throw FileError(path, "the file is empty");
+  return ReadImportedBytes(std::move(*bytes), path, options);
+}
+
+ImportedFile ReadImportedBytes(std::string bytes, const std::string& path,
+                               const ImportFileOptions& options) {
+  ImportedFile file;
+  file.path = path;
+  if (bytes.empty()) throw FileError(path, "the file is empty");
   file.format = options.format;
-  if (file.format == ImportFormat::Unknown) file.format = DetectImportFormat(*bytes).format;
+  if (file.format == ImportFormat::Unknown) file.format = DetectImportFormat(bytes).format;
   switch (file.format) {
     case ImportFormat::OFX:
-      ReadOFX(file, std::move(*bytes), options);
+      ReadOFX(file, std::move(bytes), options);
       break;
     case ImportFormat::QIF:
-      ReadQIF(file, *bytes, options);
+      ReadQIF(file, bytes, options);
       break;
     case ImportFormat::Text:
-      ReadText(file, *bytes, options);
+      ReadText(file, bytes, options);
       break;
     case ImportFormat::Unknown:
       throw FileError(path, "not a QIF, OFX or comma- or tab-separated text file");

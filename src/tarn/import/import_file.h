@@ -99,5 +99,8 @@ struct ImportedFile {
 // layout is not an error (it reads no entries), an OFX file that neither
 // reading loads (both reasons given).
 ImportedFile ReadImportedFile(const std::string& path, const ImportFileOptions& options);
+// The same on a file's bytes already in memory; `path` names it in errors.
+ImportedFile ReadImportedBytes(std::string bytes, const std::string& path,
+                               const ImportFileOptions& options);
 
 }  // namespace tarn
