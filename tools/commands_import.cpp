@@ -135,7 +135,19 @@ std::int32_t EncodingNumber(const std::string& name) {
 
 // The account's remembered options (or the defaults, without an account)
 // changed by what the command line gives.
-ImportFileOptions Options(const ReadingOptions& given, const TARNAccount* account) {
+// `qifProblem` receives what the options ask of a QIF file that it cannot do
+// (a destination only OFX has), for the caller to raise once the file turns
+// out to be QIF.
+ImportFileOptions Options(const ReadingOptions& given, const TARNAccount* account,
+                          std::string& qifProblem) {
+  const auto qif = [&](const std::string& name, const char* option, std::int32_t& field) {
+    try {
+      field = Destination(name, option, false);
+    } catch (const UsageError& error) {
+      Destination(name, option, true);  // unknown to OFX too: raise that now
+      qifProblem = error.what();
+    }
+  };
   ImportFileOptions options;
   if (account) {
     options.qif = account->qifImportSettings();
@@ -181,15 +193,15 @@ ImportFileOptions Options(const ReadingOptions& given, const TARNAccount* accoun
     options.text.zeroAmountsAsDeposits = deposit ? 1 : 0;
   }
   if (!given.payeeTo.empty()) {
-    options.qif.swapToFrom = Destination(given.payeeTo, "--payee-to", false);
+    qif(given.payeeTo, "--payee-to", options.qif.swapToFrom);
     options.ofx.swapPayee = Destination(given.payeeTo, "--payee-to", true);
   }
   if (!given.memoTo.empty()) {
-    options.qif.swapDescription = Destination(given.memoTo, "--memo-to", false);
+    qif(given.memoTo, "--memo-to", options.qif.swapDescription);
     options.ofx.swapMemo = Destination(given.memoTo, "--memo-to", true);
   }
   if (!given.categoryTo.empty()) {
-    options.qif.swapCategory = Destination(given.categoryTo, "--category-to", false);
+    qif(given.categoryTo, "--category-to", options.qif.swapCategory);
   }
   if (!given.nameTo.empty()) options.ofx.swapName = Destination(given.nameTo, "--name-to", true);
   if (!given.typeTo.empty()) {
@@ -461,10 +473,12 @@ void AddImport(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
                                    : OpenBook::ForReading(options->path);
         auto account = book.account(options->account);
         book.unlock(*account);
-        ImportFileOptions reading = Options(options->reading, account.get());
+        std::string qifProblem;
+        ImportFileOptions reading = Options(options->reading, account.get(), qifProblem);
         GuessSeparator(reading, options->reading, options->file,
                        account->textImportSettings().dataLayout.has_value());
         ImportedFile file = ReadImportedFile(options->file, reading);
+        if (file.format == ImportFormat::QIF && !qifProblem.empty()) throw UsageError(qifProblem);
         if (file.format == ImportFormat::Text && !reading.text.dataLayout) {
           throw Failure(fmt::format(
               "{}: account \"{}\" has no column layout for text files yet: give --columns, "
@@ -619,9 +633,12 @@ void AddInspect(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
       app, chosen, "inspect",
       "Show what the importer reads from a QIF, OFX or CSV file (format, encoding, entries)",
       [options, &global]() {
-        ImportFileOptions reading = Options(options->reading, nullptr);
+        std::string qifProblem;
+        ImportFileOptions reading = Options(options->reading, nullptr, qifProblem);
         GuessSeparator(reading, options->reading, options->file, false);
-        PrintInspection(ReadImportedFile(options->file, reading), global);
+        ImportedFile file = ReadImportedFile(options->file, reading);
+        if (file.format == ImportFormat::QIF && !qifProblem.empty()) throw UsageError(qifProblem);
+        PrintInspection(file, global);
       });
   command->add_option("FILE", options->file, "The file")->required();
   AddReadingOptions(*command, options->reading);
