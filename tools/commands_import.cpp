@@ -2,6 +2,7 @@
 // entries kept) and inspect (what the importer reads from a file, no book).
 
 #include <array>
+#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
@@ -517,8 +518,8 @@ struct InspectOptions {
 };
 
 // The entries of a file as an aligned table. A file may hold a hundred
-// thousand entries, so the rows are made twice (once to measure, once to
-// print) instead of being kept, and the text goes out in large writes.
+// thousand entries, so the cells go into one text arena (not a string each),
+// are measured as they are made, and the lines go out in large writes.
 void PrintEntryRows(const plist::Array& entries) {
   struct Column {
     const char* title;
@@ -534,48 +535,53 @@ void PrintEntryRows(const plist::Array& entries) {
     for (char c : text) points += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
     return points;
   };
-  std::array<std::string, kCount> cells;
-  const auto fill = [&](std::size_t index, const plist::Value& entry) {
-    const plist::Value* cleared = entry.find("cleared");
-    cells = {std::to_string(index + 1),
-             DateText(DateOf(entry)),
-             fmt::format("{:.2f}", Money(AmountOf(entry))),
-             Str(entry, "toFrom"),
-             Str(entry, "description"),
-             Str(entry, "type"),
-             Str(entry, "category"),
-             Str(entry, "number"),
-             cleared && cleared->boolValue() ? "R" : "",
-             Str(entry, "fitID")};
-  };
+  std::string arena;
+  std::vector<std::size_t> ends;  // where each cell ends in the arena, row after row
+  ends.reserve((entries.size() + 1) * kCount);
   std::array<std::size_t, kCount> widths{};
-  for (std::size_t c = 0; c < kCount; ++c) widths[c] = width(kColumns[c].title);
+  std::size_t column = 0;
+  const auto cell = [&](std::string_view text) {
+    arena += text;
+    ends.push_back(arena.size());
+    widths[column] = std::max(widths[column], width(text));
+    column = (column + 1) % kCount;
+  };
+  for (const Column& each : kColumns) cell(each.title);
   for (std::size_t i = 0; i < entries.size(); ++i) {
-    fill(i, entries[i]);
-    for (std::size_t c = 0; c < kCount; ++c) widths[c] = std::max(widths[c], width(cells[c]));
+    const plist::Value& entry = entries[i];
+    cell(std::to_string(i + 1));
+    cell(DateText(DateOf(entry)));
+    char amount[64];
+    const auto written = std::to_chars(amount, amount + sizeof amount, Money(AmountOf(entry)),
+                                       std::chars_format::fixed, 2);
+    cell(std::string_view(amount, static_cast<std::size_t>(written.ptr - amount)));
+    for (const char* key : {"toFrom", "description", "type", "category", "number"}) {
+      cell(Str(entry, key));
+    }
+    const plist::Value* cleared = entry.find("cleared");
+    cell(cleared && cleared->boolValue() ? "R" : "");
+    cell(Str(entry, "fitID"));
   }
   std::string out;
-  const auto line = [&]() {
-    const std::size_t start = out.size();
+  std::size_t start = 0;
+  for (std::size_t row = 0; row * kCount < ends.size(); ++row) {
+    const std::size_t lineStart = out.size();
     for (std::size_t c = 0; c < kCount; ++c) {
+      const std::size_t end = ends[row * kCount + c];
+      const std::string_view text(arena.data() + start, end - start);
+      start = end;
       if (c > 0) out += "  ";
-      const std::size_t pad = widths[c] - width(cells[c]);
+      const std::size_t pad = widths[c] - width(text);
       if (kColumns[c].right) out.append(pad, ' ');
-      out += cells[c];
+      out += text;
       if (!kColumns[c].right) out.append(pad, ' ');
     }
-    while (out.size() > start && out.back() == ' ') out.pop_back();
+    while (out.size() > lineStart && out.back() == ' ') out.pop_back();
     out += '\n';
     if (out.size() > (1 << 16)) {
       std::fwrite(out.data(), 1, out.size(), stdout);
       out.clear();
     }
-  };
-  for (std::size_t c = 0; c < kCount; ++c) cells[c] = kColumns[c].title;
-  line();
-  for (std::size_t i = 0; i < entries.size(); ++i) {
-    fill(i, entries[i]);
-    line();
   }
   std::fwrite(out.data(), 1, out.size(), stdout);
 }
