@@ -97,6 +97,10 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "tarn-screenshots: cannot make the folder %s\n", qPrintable(folder));
     return 1;
   }
-  const bool saved = RemoveCategoryPanels() & EditCurrencyPanels() & AccessoryViews();
-  return saved ? 0 : 1;
+  // Every panel is rendered, even after one fails to save.
+  int failures = 0;
+  for (bool (*render)() : {RemoveCategoryPanels, EditCurrencyPanels, AccessoryViews}) {
+    if (!render()) ++failures;
+  }
+  return failures == 0 ? 0 : 1;
 }
