@@ -17,15 +17,6 @@ namespace tarn {
 
 namespace {
 
-// Column codes of the register's sort.
-constexpr std::int32_t kSortColumnCheckNumber = 0;
-constexpr std::int32_t kSortColumnDate = 1;
-constexpr std::int32_t kSortColumnType = 2;
-constexpr std::int32_t kSortColumnDescription = 3;
-constexpr std::int32_t kSortColumnAmount = 4;
-constexpr std::int32_t kSortColumnResolved = 5;
-constexpr std::int32_t kSortColumnToFrom = 6;
-
 using EntryComparator = int (TARNAccountEntry::*)(const TARNAccountEntry&) const;
 
 struct ColumnComparators {

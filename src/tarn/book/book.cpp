@@ -130,6 +130,16 @@ std::unique_ptr<TARNBook> TARNBook::initWithDictionary(const plist::Value& dicti
   return book;
 }
 
+void TARNBook::replaceContents(const plist::Value& dictionary) {
+  auto other = initWithDictionary(dictionary, path_.empty() ? "book" : path_);
+  accounts_ = std::move(other->accounts_);
+  categories_ = std::move(other->categories_);
+  currencies_ = std::move(other->currencies_);
+  defaultCurrency_ = std::move(other->defaultCurrency_);
+  importedIdentifiers_ = std::move(other->importedIdentifiers_);
+  for (const auto& account : accounts_) account->setAccountsController(this);
+}
+
 void TARNBook::loadCurrencies(const plist::Value& dictionary) {
   const plist::Value* list = dictionary.find(kKeyCurrencies);
   if (list && list->isArray()) {

@@ -51,6 +51,11 @@ class TARNBook : public TARNAccountsController {
   static std::unique_ptr<TARNBook> initWithDictionary(const plist::Value& dictionary,
                                                       const std::string& name);
   plist::Value asDictionary() const;
+  // Replaces the accounts, categories, currencies and remembered identifiers
+  // with those of a book dictionary (as an undo of a change that reached
+  // everywhere does); the file, its format and its kind stay. Throws
+  // FileError as initWithDictionary does, changing nothing.
+  void replaceContents(const plist::Value& dictionary);
 
   // Whether the file held a bare account rather than a book.
   bool openedBareAccount() const { return bareAccount_; }
