@@ -50,7 +50,7 @@ int main(int argc, char** argv) {
   window.setBook(tarn::MakeSampleBook(options));
   window.resize(1280, 800);
   window.show();
-  bool ok = Save(window, folder, "register.png");
+  bool ok = Save(window, folder, "window_register.png");
 
   // A split entry in the form.
   auto* table = window.findChild<QTableView*>("register");
@@ -62,13 +62,13 @@ int main(int argc, char** argv) {
       break;
     }
   }
-  ok = Save(window, folder, "entry.png") && ok;
+  ok = Save(window, folder, "window_entry.png") && ok;
 
   window.findChild<QAction*>("reconcile")->setChecked(true);
   auto* statement = window.findChild<QLineEdit*>("statementBalance");
   statement->setText("2500.00");
   emit statement->editingFinished();
   table->scrollToBottom();
-  ok = Save(window, folder, "reconcile.png") && ok;
+  ok = Save(window, folder, "window_reconcile.png") && ok;
   return ok ? 0 : 1;
 }
