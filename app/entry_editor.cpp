@@ -5,13 +5,13 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCompleter>
-#include <QDateEdit>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QStringList>
 #include <QTableWidget>
 
@@ -22,6 +22,7 @@
 #include "tarn/model/category.h"
 #include "tarn/model/entry_type.h"
 #include "tarn/platform/calendar_date.h"
+#include "tarn/ui/day_field_binding.h"
 
 namespace {
 
@@ -56,14 +57,6 @@ std::optional<double> ReadAmount(QString text) {
   return std::fabs(value);
 }
 
-QDate ToQDate(tarn::DateNumber date) {
-  return QDate(date / 10000, date / 100 % 100, date % 100);
-}
-
-tarn::DateNumber FromQDate(const QDate& date) {
-  return date.year() * 10000 + date.month() * 100 + date.day();
-}
-
 QLineEdit* Field(QWidget* parent, const char* name, const QString& placeholder) {
   auto* field = new QLineEdit(parent);
   field->setObjectName(QString::fromLatin1(name));
@@ -75,10 +68,29 @@ QLineEdit* Field(QWidget* parent, const char* name, const QString& placeholder) 
 
 EntryEditor::EntryEditor(QWidget* parent) : QWidget(parent) {
   setObjectName("entryEditor");
-  date_ = new QDateEdit(this);
-  date_->setObjectName("entryDate");
-  date_->setDisplayFormat("yyyy-MM-dd");
-  date_->setCalendarPopup(true);
+  // The date as a paper register has it: month, day, year; the day field
+  // never offers a day the month lacks.
+  month_ = new QComboBox(this);
+  month_->setObjectName("entryMonth");
+  for (const char* name :
+       {"Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"}) {
+    month_->addItem(tr(name));
+  }
+  day_ = new QSpinBox(this);
+  day_->setObjectName("entryDay");
+  day_->setRange(1, 31);
+  year_ = new QSpinBox(this);
+  year_->setObjectName("entryYear");
+  year_->setRange(1900, 2999);
+  year_->setGroupSeparatorShown(false);
+  new tarn::DayFieldBinding(day_, month_, year_);
+  auto* date = new QWidget(this);
+  auto* dateRow = new QHBoxLayout(date);
+  dateRow->setContentsMargins(0, 0, 0, 0);
+  dateRow->setSpacing(2);
+  dateRow->addWidget(month_);
+  dateRow->addWidget(day_);
+  dateRow->addWidget(year_);
   type_ = new QComboBox(this);
   type_->setObjectName("entryType");
   checkNumber_ = Field(this, "entryCheckNumber", tr("No."));
@@ -126,7 +138,7 @@ EntryEditor::EntryEditor(QWidget* parent) : QWidget(parent) {
   grid->setContentsMargins(6, 6, 6, 6);
   int column = 0;
   for (auto [label, widget] :
-       std::initializer_list<std::pair<QString, QWidget*>>{{tr("Date"), date_},
+       std::initializer_list<std::pair<QString, QWidget*>>{{tr("Date"), date},
                                                            {tr("Type"), type_},
                                                            {tr("No."), checkNumber_},
                                                            {tr("To/From"), toFrom_},
@@ -169,9 +181,9 @@ EntryEditor::EntryEditor(QWidget* parent) : QWidget(parent) {
   grid->addLayout(buttons, 4, 0, 1, column);
 
   // A paper register's order.
-  QWidget* order[] = {date_,     type_,      checkNumber_, toFrom_,  description_,
-                      category_, amount_,    notes_,       cleared_, taxDeductible_,
-                      transfer_, exchanged_, split_,       splits_,  record_};
+  QWidget* order[] = {month_,       day_,       year_,   type_,   checkNumber_, toFrom_,
+                      description_, category_,  amount_, notes_,  cleared_,     taxDeductible_,
+                      transfer_,    exchanged_, split_,  splits_, record_};
   for (std::size_t i = 0; i + 1 < std::size(order); ++i) setTabOrder(order[i], order[i + 1]);
 
   for (QLineEdit* field :
@@ -284,7 +296,9 @@ void EntryEditor::addSplitLine(const tarn::EntryFormSplit& split) {
 
 void EntryEditor::showForm(const tarn::EntryForm& form, bool editing) {
   editing_ = editing;
-  date_->setDate(ToQDate(form.date));
+  year_->setValue(form.date / 10000);
+  month_->setCurrentIndex(form.date / 100 % 100 - 1);
+  day_->setValue(form.date % 100);
   int typeIndex = -1;
   for (int i = 0; i < type_->count(); ++i) {
     if (type_->itemText(i).compare(QString::fromStdString(form.type), Qt::CaseInsensitive) == 0 &&
@@ -323,12 +337,12 @@ void EntryEditor::showForm(const tarn::EntryForm& form, bool editing) {
 void EntryEditor::clearForNewEntry() {
   if (!account_) return;
   showForm(tarn::NewEntryForm(*account_, tarn::CalendarDate::now().dateNumber()), false);
-  date_->setFocus();
+  month_->setFocus();
 }
 
 std::optional<tarn::EntryForm> EntryEditor::form(QString* problem) const {
   tarn::EntryForm form;
-  form.date = FromQDate(date_->date());
+  form.date = year_->value() * 10000 + (month_->currentIndex() + 1) * 100 + day_->value();
   form.deposit = currentTypeIsDeposit();
   form.type = type_->currentText().toStdString();
   if (checkNumber_->isEnabled() && !checkNumber_->text().trimmed().isEmpty()) {

@@ -13,10 +13,10 @@
 
 class QCheckBox;
 class QComboBox;
-class QDateEdit;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+class QSpinBox;
 class QTableWidget;
 
 namespace tarn {
@@ -59,7 +59,9 @@ class EntryEditor : public QWidget {
   tarn::TARNBook* book_ = nullptr;
   tarn::TARNAccount* account_ = nullptr;
   bool editing_ = false;
-  QDateEdit* date_;
+  QComboBox* month_;
+  QSpinBox* day_;
+  QSpinBox* year_;
   QComboBox* type_;
   QLineEdit* checkNumber_;
   QLineEdit* toFrom_;

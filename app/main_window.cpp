@@ -30,6 +30,7 @@
 #include "account_settings_dialog.h"
 #include "book_document.h"
 #include "entry_editor.h"
+#include "modal_run.h"
 #include "register_model.h"
 #include "tarn/account/account.h"
 #include "tarn/account/account_folder.h"
@@ -289,6 +290,7 @@ std::shared_ptr<tarn::TARNAccount> MainWindow::currentAccount() const {
 }
 
 void MainWindow::showProblem(const QString& text) {
+  const ModalRun modal(this);
   QMessageBox::warning(this, tr("Tarn"), text);
 }
 
@@ -347,11 +349,14 @@ void MainWindow::accountSelectionChanged() {
 bool MainWindow::unlock(tarn::TARNAccount& account) {
   if (account.IsAuthenticated()) return true;
   bool ok = false;
-  const QString password =
-      QInputDialog::getText(this, tr("Password"),
-                            tr("Enter the password of the account \"%1\":")
-                                .arg(QString::fromStdString(account.GetName())),
-                            QLineEdit::Password, QString(), &ok);
+  QString password;
+  {
+    const ModalRun modal(this);
+    password = QInputDialog::getText(this, tr("Password"),
+                                     tr("Enter the password of the account \"%1\":")
+                                         .arg(QString::fromStdString(account.GetName())),
+                                     QLineEdit::Password, QString(), &ok);
+  }
   if (!ok) return false;
   if (!account.Authenticate(password.toStdString())) {
     showProblem(
@@ -618,8 +623,12 @@ void MainWindow::statementBalanceEdited() {
 
 void MainWindow::newAccount() {
   bool ok = false;
-  const QString name = QInputDialog::getText(this, tr("New Account"), tr("Name of the account:"),
-                                             QLineEdit::Normal, QString(), &ok);
+  QString name;
+  {
+    const ModalRun modal(this);
+    name = QInputDialog::getText(this, tr("New Account"), tr("Name of the account:"),
+                                 QLineEdit::Normal, QString(), &ok);
+  }
   if (!ok) return;
   tarn::BookContents before(document_->book());
   std::shared_ptr<tarn::TARNAccount> account;
@@ -638,9 +647,12 @@ void MainWindow::renameAccount() {
   auto account = currentAccount();
   if (!account || !unlock(*account)) return;
   bool ok = false;
-  const QString name =
-      QInputDialog::getText(this, tr("Rename Account"), tr("New name:"), QLineEdit::Normal,
-                            QString::fromStdString(account->GetName()), &ok);
+  QString name;
+  {
+    const ModalRun modal(this);
+    name = QInputDialog::getText(this, tr("Rename Account"), tr("New name:"), QLineEdit::Normal,
+                                 QString::fromStdString(account->GetName()), &ok);
+  }
   if (!ok) return;
   const tarn::AccountSettings before = tarn::CaptureAccountSettings(*account);
   tarn::AccountSettings after = before;
@@ -657,7 +669,10 @@ void MainWindow::accountSettings() {
   auto account = currentAccount();
   if (!account || !unlock(*account)) return;
   AccountSettingsDialog dialog(document_->book(), *account, this);
-  if (dialog.exec() != QDialog::Accepted) return;
+  {
+    const ModalRun modal(this);
+    if (dialog.exec() != QDialog::Accepted) return;
+  }
   const tarn::AccountSettings before = tarn::CaptureAccountSettings(*account);
   const tarn::AccountSettings after = dialog.settings();
   if (after == before) return;
@@ -672,11 +687,15 @@ void MainWindow::accountSettings() {
 void MainWindow::removeAccount() {
   auto account = currentAccount();
   if (!account || !unlock(*account)) return;
-  const auto answer =
-      QMessageBox::question(this, tr("Remove Account"),
-                            tr("Remove the account \"%1\" and its %2 entries? You can undo this.")
-                                .arg(QString::fromStdString(account->GetName()))
-                                .arg(account->GetAllEntries().size()));
+  QMessageBox::StandardButton answer;
+  {
+    const ModalRun modal(this);
+    answer =
+        QMessageBox::question(this, tr("Remove Account"),
+                              tr("Remove the account \"%1\" and its %2 entries? You can undo this.")
+                                  .arg(QString::fromStdString(account->GetName()))
+                                  .arg(account->GetAllEntries().size()));
+  }
   if (answer != QMessageBox::Yes) return;
   tarn::BookContents before(document_->book());
   auto& accounts = document_->book().accounts();
@@ -703,10 +722,14 @@ void MainWindow::newBook() {
 
 void MainWindow::openBook() {
   if (!maybeSave()) return;
-  const QString path = QFileDialog::getOpenFileName(
-      this, tr("Open Book"), QString(),
-      tr("Books and accounts (*.tarn *.plist *.account);;All files (*)"), nullptr,
-      QFileDialog::DontUseNativeDialog);
+  QString path;
+  {
+    const ModalRun modal(this);
+    path = QFileDialog::getOpenFileName(
+        this, tr("Open Book"), QString(),
+        tr("Books and accounts (*.tarn *.plist *.account);;All files (*)"), nullptr,
+        QFileDialog::DontUseNativeDialog);
+  }
   if (!path.isEmpty()) openPath(path);
 }
 
@@ -737,9 +760,13 @@ bool MainWindow::saveBook() {
 }
 
 bool MainWindow::saveBookAs() {
-  const QString path = QFileDialog::getSaveFileName(
-      this, tr("Save Book As"), QString::fromStdString(document_->book().path()),
-      tr("Books (*.tarn);;All files (*)"), nullptr, QFileDialog::DontUseNativeDialog);
+  QString path;
+  {
+    const ModalRun modal(this);
+    path = QFileDialog::getSaveFileName(
+        this, tr("Save Book As"), QString::fromStdString(document_->book().path()),
+        tr("Books (*.tarn);;All files (*)"), nullptr, QFileDialog::DontUseNativeDialog);
+  }
   if (path.isEmpty()) return false;
   try {
     // The dialog has already asked whether to replace an existing file.
@@ -755,9 +782,13 @@ bool MainWindow::saveBookAs() {
 
 bool MainWindow::maybeSave() {
   if (!document_ || !document_->isModified()) return true;
-  const auto answer = QMessageBox::question(
-      this, tr("Unsaved Changes"), tr("The book has changes that are not saved. Save them?"),
-      QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
+  QMessageBox::StandardButton answer;
+  {
+    const ModalRun modal(this);
+    answer = QMessageBox::question(
+        this, tr("Unsaved Changes"), tr("The book has changes that are not saved. Save them?"),
+        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
+  }
   if (answer == QMessageBox::Cancel) return false;
   if (answer == QMessageBox::Save) return saveBook();
   return true;

@@ -500,12 +500,17 @@ void MainWindowTest::asksForThePasswordBeforeShowingBalances() {
     QVERIFY(dialog);
     asked = true;
     QVERIFY(!find<QLabel>("balances")->text().contains("4,321.50"));
+    // The rest of the window and its menus wait for the answer.
+    for (QAction* menu : window_->menuBar()->actions()) QVERIFY(!menu->isEnabled());
+    QVERIFY(!find<QComboBox>("period")->isEnabled());
     QTest::keyClicks(dialog->findChild<QLineEdit*>(), "wrong");
     whenModal([](QWidget* warning) { QTest::keyClick(warning, Qt::Key_Return); });
     QTest::keyClick(dialog->findChild<QLineEdit*>(), Qt::Key_Return);
   });
   selectAccount("Private");
   QVERIFY(asked);
+  for (QAction* menu : window_->menuBar()->actions()) QVERIFY(menu->isEnabled());
+  QVERIFY(find<QComboBox>("period")->isEnabled());
   QVERIFY(find<QLabel>("locked")->isVisible());
   QVERIFY(!table()->isVisible());
   QCOMPARE(balanceOf("Private"), QString("Locked"));
