@@ -203,6 +203,8 @@ EntryEditor::EntryEditor(QWidget* parent) : QWidget(parent) {
   });
   splitToggled(false);
   setEnabled(false);
+  // The register takes the height; the form keeps what its fields need.
+  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
 }
 
 void EntryEditor::setAccount(tarn::TARNBook* book, tarn::TARNAccount* account) {
@@ -311,7 +313,8 @@ void EntryEditor::showForm(const tarn::EntryForm& form, bool editing) {
   typeChanged();
   toFrom_->setText(QString::fromStdString(form.toFrom));
   description_->setText(QString::fromStdString(form.description));
-  category_->setText(QString::fromStdString(form.category));
+  // A split entry's categories are on its lines.
+  category_->setText(form.splits.empty() ? QString::fromStdString(form.category) : QString());
   amount_->setText(form.amount != 0 || editing ? QString::number(form.amount, 'f', 2) : QString());
   notes_->setText(QString::fromStdString(form.notes));
   cleared_->setChecked(form.cleared);

@@ -6,6 +6,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPixmap>
 #include <QTableView>
@@ -64,11 +65,24 @@ int main(int argc, char** argv) {
   }
   ok = Save(window, folder, "window_entry.png") && ok;
 
+  // Reconcile mode against a statement that counts the first unresolved
+  // entry, which is then resolved by a click on its mark.
   window.findChild<QAction*>("reconcile")->setChecked(true);
   auto* statement = window.findChild<QLineEdit*>("statementBalance");
-  statement->setText("2500.00");
-  emit statement->editingFinished();
-  table->scrollToBottom();
+  const auto money = [](QString text) { return text.remove(',').toDouble(); };
+  for (int row = 0; row < model->rowCount(); ++row) {
+    const QModelIndex mark = model->index(row, RegisterModel::kResolved);
+    if (!mark.data().toString().isEmpty()) continue;
+    const QString resolved =
+        window.findChild<QLabel*>("reconcileResolved")->text().section(' ', -1);
+    const double amount = money(model->index(row, RegisterModel::kAmount).data().toString());
+    statement->setText(QString::number(money(resolved) + amount, 'f', 2));
+    emit statement->editingFinished();
+    emit table->clicked(model->index(row, RegisterModel::kResolved));
+    table->selectRow(row);
+    table->scrollTo(mark, QAbstractItemView::PositionAtCenter);
+    break;
+  }
   ok = Save(window, folder, "window_reconcile.png") && ok;
   return ok ? 0 : 1;
 }

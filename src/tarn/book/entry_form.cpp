@@ -88,7 +88,13 @@ EntryForm EntryFormFromEntry(const TARNBook& book, const TARNAccount& account,
 EntryForm NewEntryForm(const TARNAccount& account, DateNumber date) {
   EntryForm form;
   form.date = date;
-  if (auto type = account.defaultDebitType()) form.type = type->GetName();
+  auto type = account.defaultDebitType();
+  if (!type) {
+    // No default chosen: the first active payment type.
+    const auto debits = account.GetDebitTypes();
+    if (!debits.empty()) type = debits.front();
+  }
+  if (type) form.type = type->GetName();
   return form;
 }
 

@@ -51,7 +51,7 @@ struct EntryForm {
 EntryForm EntryFormFromEntry(const TARNBook& book, const TARNAccount& account,
                              const TARNAccountEntry& entry);
 // A blank form for a new entry dated `date`: money out with the default
-// debit type.
+// debit type, or the first active debit type when there is no default.
 EntryForm NewEntryForm(const TARNAccount& account, DateNumber date);
 
 // Whether the form names a check type of its direction.
