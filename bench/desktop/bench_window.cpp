@@ -104,6 +104,7 @@ void BM_SearchKeystroke(benchmark::State& state) {
   }
   search->clear();
   state.counters["rows"] = table->model()->rowCount();
+  state.SetLabel(window.findChild<QTreeWidget*>("accounts")->currentItem()->text(0).toStdString());
 }
 BENCHMARK(BM_SearchKeystroke)->Arg(100000)->Unit(benchmark::kMillisecond);
 
