@@ -240,9 +240,18 @@ bool EntryEditor::currentTypeIsDeposit() const {
 void EntryEditor::refillSuggestions() {
   if (!account_ || !account_->IsAuthenticated()) return;
   const bool deposit = currentTypeIsDeposit();
-  SetCompletions(toFrom_, ToQt(deposit ? account_->Froms_All() : account_->Tos_All()));
-  SetCompletions(description_, ToQt(deposit ? account_->DepositDescriptions_All()
-                                            : account_->DebitDescriptions_All()));
+  // The lists the account's suggestion preferences pick (all, the most
+  // recent, or the user's own), every text when the preference is unknown.
+  auto parties = deposit ? account_->GetPreferredFroms() : account_->GetPreferredTos();
+  if (!parties) parties = deposit ? account_->Froms_All() : account_->Tos_All();
+  auto descriptions = deposit ? account_->GetPreferredDepositDescriptions()
+                              : account_->GetPreferredDebitDescriptions();
+  if (!descriptions) {
+    descriptions =
+        deposit ? account_->DepositDescriptions_All() : account_->DebitDescriptions_All();
+  }
+  SetCompletions(toFrom_, ToQt(*parties));
+  SetCompletions(description_, ToQt(*descriptions));
 }
 
 void EntryEditor::typeChanged() {

@@ -64,6 +64,7 @@ class MainWindowTest : public QObject {
   void savesAndReopensAsItWasLeft();
   void asksForThePasswordBeforeShowingBalances();
   void asksBeforeClosingWithUnsavedChanges();
+  void opensAnOldAccountFileThroughTheUpgrade();
 
  private:
   // Runs `answer` on the next modal dialog, once it shows.
@@ -549,6 +550,40 @@ void MainWindowTest::asksBeforeClosingWithUnsavedChanges() {
   action("&Undo")->trigger();
   QVERIFY(!window_->isWindowModified());
   QVERIFY(window_->close());
+}
+
+void MainWindowTest::opensAnOldAccountFileThroughTheUpgrade() {
+  // A copy: saving replaces the file.
+  const QString path = dir_.filePath("old.plist");
+  QVERIFY(QFile::copy(TARN_TEST_DATA_DIR
+                      "/accounts/version1_duplicate_numbers_seconds_dates_ten_slot_split.plist",
+                      path));
+  QFile(path).setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+  const auto book = tarn::TARNBook::open(path.toStdString());
+  QVERIFY(book->openedBareAccount());
+  const auto account = book->accounts().front();
+  const QString name = QString::fromStdString(account->GetName());
+  const int shown = static_cast<int>(account->entryFilteredEntries().size());
+  QVERIFY(shown > 0);
+
+  openThroughDialog(path);
+  QTRY_COMPARE(find<QTreeWidget>("accounts")->topLevelItemCount(), 1);
+  QCOMPARE(find<QTreeWidget>("accounts")->topLevelItem(0)->text(0), name);
+  QCOMPARE(model()->rowCount(), shown);
+  QCOMPARE(Money(balanceOf(name)), std::round(account->GetBalance() * 100) / 100);
+  for (int row = 0; row < model()->rowCount(); ++row) {
+    QVERIFY(model()->index(row, RegisterModel::kDate).data().toString() > "1971");
+  }
+
+  // Saved, it is an account file of the current version, read back alike.
+  typeInto("entryDescription", "After the upgrade");
+  typeInto("entryAmount", "12.34");
+  QTest::keyClick(find<QLineEdit>("entryAmount"), Qt::Key_Return);
+  action("&Save")->trigger();
+  const auto reread = tarn::TARNBook::open(path.toStdString());
+  QVERIFY(reread->openedBareAccount());
+  QCOMPARE(reread->accounts().front()->GetVersion(), 8);
+  QCOMPARE(static_cast<int>(reread->accounts().front()->entryFilteredEntries().size()), shown + 1);
 }
 
 QTEST_MAIN(MainWindowTest)
