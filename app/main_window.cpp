@@ -612,11 +612,9 @@ void MainWindow::statementBalanceEdited() {
     return showProblem(tr("\"%1\" is not an amount.").arg(statementBalance_->text()));
   }
   if (std::fabs(value - account->statementBalance()) < 0.005) return refreshBalances();
-  const tarn::AccountSettings before = tarn::CaptureAccountSettings(*account);
-  tarn::AccountSettings after = before;
-  after.statementBalance = std::round(value * 100) / 100;
-  tarn::ApplyAccountSettings(document_->book(), *account, after);
-  document_->pushSettings(tr("Statement Balance"), account->GetNumber(), before, after);
+  tarn::AccountSettings settings = tarn::CaptureAccountSettings(*account);
+  settings.statementBalance = std::round(value * 100) / 100;
+  changeSettings(*account, settings, tr("Statement Balance"));
 }
 
 // --- Accounts, categories, currencies ------------------------------------------------
@@ -654,15 +652,21 @@ void MainWindow::renameAccount() {
                                  QString::fromStdString(account->GetName()), &ok);
   }
   if (!ok) return;
-  const tarn::AccountSettings before = tarn::CaptureAccountSettings(*account);
-  tarn::AccountSettings after = before;
-  after.name = name.trimmed().toStdString();
+  tarn::AccountSettings settings = tarn::CaptureAccountSettings(*account);
+  settings.name = name.trimmed().toStdString();
+  changeSettings(*account, settings, tr("Rename Account"));
+}
+
+void MainWindow::changeSettings(tarn::TARNAccount& account, const tarn::AccountSettings& after,
+                                const QString& text) {
+  const tarn::AccountSettings before = tarn::CaptureAccountSettings(account);
+  if (after == before) return;
   try {
-    tarn::ApplyAccountSettings(document_->book(), *account, after);
+    tarn::ApplyAccountSettings(document_->book(), account, after);
   } catch (const std::invalid_argument& error) {
     return showProblem(QString::fromUtf8(error.what()));
   }
-  document_->pushSettings(tr("Rename Account"), account->GetNumber(), before, after);
+  document_->pushSettings(text, account.GetNumber(), before, after);
 }
 
 void MainWindow::accountSettings() {
@@ -673,15 +677,7 @@ void MainWindow::accountSettings() {
     const ModalRun modal(this);
     if (dialog.exec() != QDialog::Accepted) return;
   }
-  const tarn::AccountSettings before = tarn::CaptureAccountSettings(*account);
-  const tarn::AccountSettings after = dialog.settings();
-  if (after == before) return;
-  try {
-    tarn::ApplyAccountSettings(document_->book(), *account, after);
-  } catch (const std::invalid_argument& error) {
-    return showProblem(QString::fromUtf8(error.what()));
-  }
-  document_->pushSettings(tr("Account Settings"), account->GetNumber(), before, after);
+  changeSettings(*account, dialog.settings(), tr("Account Settings"));
 }
 
 void MainWindow::removeAccount() {

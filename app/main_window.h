@@ -26,6 +26,7 @@ class RegisterModel;
 namespace tarn {
 class TARNAccount;
 class TARNBook;
+struct AccountSettings;
 }  // namespace tarn
 
 class MainWindow : public QMainWindow {
@@ -67,6 +68,10 @@ class MainWindow : public QMainWindow {
   void newAccount();
   void renameAccount();
   void accountSettings();
+  // Applies settings to the account through the undo stack; a problem is
+  // shown and nothing changes.
+  void changeSettings(tarn::TARNAccount& account, const tarn::AccountSettings& after,
+                      const QString& text);
   void removeAccount();
   void removeCategory();
   void editCurrencies();

@@ -62,15 +62,21 @@ void Draw(QWidget& window) {
   QApplication::processEvents();
 }
 
+// A window showing the largest account of a book of `entries` entries.
+void ShowBook(MainWindow& window, std::int64_t entries) {
+  const QString path = BookWith(entries);
+  window.resize(1280, 800);
+  window.openPath(path);
+  ShowLargestAccount(window, path);
+  window.show();
+  Draw(window);
+}
+
 void BM_OpenAndShowRegister(benchmark::State& state) {
-  const QString path = BookWith(state.range(0));
+  BookWith(state.range(0));
   for (auto _ : state) {
     MainWindow window;
-    window.resize(1280, 800);
-    window.openPath(path);
-    ShowLargestAccount(window, path);
-    window.show();
-    Draw(window);
+    ShowBook(window, state.range(0));
     benchmark::DoNotOptimize(&window);
     state.PauseTiming();
     window.hide();
@@ -81,11 +87,7 @@ BENCHMARK(BM_OpenAndShowRegister)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 void BM_SearchKeystroke(benchmark::State& state) {
   MainWindow window;
-  window.resize(1280, 800);
-  window.openPath(BookWith(state.range(0)));
-  ShowLargestAccount(window, BookWith(state.range(0)));
-  window.show();
-  Draw(window);
+  ShowBook(window, state.range(0));
   auto* search = window.findChild<QLineEdit*>("search");
   auto* table = window.findChild<QTableView*>("register");
   search->setFocus();
@@ -110,11 +112,7 @@ BENCHMARK(BM_SearchKeystroke)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 void BM_ScrollPage(benchmark::State& state) {
   MainWindow window;
-  window.resize(1280, 800);
-  window.openPath(BookWith(state.range(0)));
-  ShowLargestAccount(window, BookWith(state.range(0)));
-  window.show();
-  Draw(window);
+  ShowBook(window, state.range(0));
   auto* table = window.findChild<QTableView*>("register");
   state.counters["rows"] = table->model()->rowCount();
   QScrollBar* bar = table->verticalScrollBar();

@@ -28,21 +28,21 @@ struct ColumnComparators {
 ColumnComparators ComparatorsForColumn(std::int32_t column) {
   using E = TARNAccountEntry;
   switch (column) {
-    case kSortColumnCheckNumber:
+    case TARNAccount::kSortColumnCheckNumber:
       return {&E::CheckNumberIsGreaterThan, &E::CheckNumberIsGreaterThan_Reversed};
-    case kSortColumnDate:
+    case TARNAccount::kSortColumnDate:
       return {&E::DatePrimaryCheckSecondaryIsGreaterThan,
               &E::DatePrimaryCheckSecondaryIsGreaterThan_Reversed};
-    case kSortColumnType:
+    case TARNAccount::kSortColumnType:
       return {&E::TypePrimaryDateSecondaryIsGreaterThan,
               &E::TypePrimaryDateSecondaryIsGreaterThan_Reversed};
-    case kSortColumnDescription:
+    case TARNAccount::kSortColumnDescription:
       return {&E::DescriptionIsGreaterThan, &E::DescriptionIsGreaterThan_Reversed};
-    case kSortColumnAmount:
+    case TARNAccount::kSortColumnAmount:
       return {&E::AmountIsGreaterThan, &E::AmountIsGreaterThan_Reversed};
-    case kSortColumnResolved:
+    case TARNAccount::kSortColumnResolved:
       return {&E::ClearedIsGreaterThan, &E::ClearedIsGreaterThan_Reversed};
-    case kSortColumnToFrom:
+    case TARNAccount::kSortColumnToFrom:
       return {&E::ToFromIsGreaterThan, &E::ToFromIsGreaterThan_Reversed};
     default:
       return {nullptr, nullptr};
