@@ -65,6 +65,7 @@ class MainWindowTest : public QObject {
   void asksForThePasswordBeforeShowingBalances();
   void asksBeforeClosingWithUnsavedChanges();
   void opensAnOldAccountFileThroughTheUpgrade();
+  void managesAccountsWithUndo();
 
  private:
   // Runs `answer` on the next modal dialog, once it shows.
@@ -584,6 +585,64 @@ void MainWindowTest::opensAnOldAccountFileThroughTheUpgrade() {
   QVERIFY(reread->openedBareAccount());
   QCOMPARE(reread->accounts().front()->GetVersion(), 8);
   QCOMPARE(static_cast<int>(reread->accounts().front()->entryFilteredEntries().size()), shown + 1);
+}
+
+void MainWindowTest::managesAccountsWithUndo() {
+  QVERIFY(window_->openPath(samplePath_));
+  auto* tree = find<QTreeWidget>("accounts");
+  whenModal([](QWidget* modal) {
+    auto* dialog = qobject_cast<QInputDialog*>(modal);
+    QVERIFY(dialog);
+    QTest::keyClicks(dialog->findChild<QLineEdit*>(), "Travel");
+    QTest::keyClick(dialog->findChild<QLineEdit*>(), Qt::Key_Return);
+  });
+  action("&New Account...")->trigger();
+  QCOMPARE(tree->topLevelItemCount(), 4);
+  QCOMPARE(tree->currentItem()->text(0), QString("Travel"));
+  QCOMPARE(balanceOf("Travel"), QString("0.00"));
+
+  // Its settings: a starting balance and another name.
+  whenModal([](QWidget* modal) {
+    auto* name = modal->findChild<QLineEdit*>("settingsName");
+    auto* balance = modal->findChild<QLineEdit*>("settingsStartingBalance");
+    QVERIFY(name && balance);
+    name->selectAll();
+    QTest::keyClicks(name, "Holidays");
+    balance->selectAll();
+    QTest::keyClicks(balance, "250.75");
+    QTest::keyClick(balance, Qt::Key_Return);
+  });
+  action("Account &Settings...")->trigger();
+  QCOMPARE(balanceOf("Holidays"), QString("250.75"));
+  QVERIFY(find<QLabel>("balances")->text().contains("Balance: 250.75"));
+
+  // A name another account has is refused.
+  whenModal([](QWidget* modal) {
+    auto* dialog = qobject_cast<QInputDialog*>(modal);
+    QVERIFY(dialog);
+    dialog->findChild<QLineEdit*>()->selectAll();
+    QTest::keyClicks(dialog->findChild<QLineEdit*>(), "savings");
+    whenModal([](QWidget* warning) {
+      QVERIFY(qobject_cast<QMessageBox*>(warning));
+      QTest::keyClick(warning, Qt::Key_Return);
+    });
+    QTest::keyClick(dialog->findChild<QLineEdit*>(), Qt::Key_Return);
+  });
+  action("Re&name Account...")->trigger();
+  QCOMPARE(balanceOf("Holidays"), QString("250.75"));
+
+  action("&Undo")->trigger();
+  QCOMPARE(balanceOf("Travel"), QString("0.00"));
+  action("&Undo")->trigger();
+  QCOMPARE(tree->topLevelItemCount(), 3);
+  QVERIFY(tree->findItems("Travel", Qt::MatchExactly).isEmpty());
+  // The accounts left keep their entries and balances.
+  const auto book = tarn::TARNBook::open(samplePath_.toStdString());
+  QCOMPARE(Money(balanceOf("Checking")),
+           std::round(book->accountWithName("Checking")->GetBalance() * 100) / 100);
+  action("&Redo")->trigger();
+  action("&Redo")->trigger();
+  QCOMPARE(balanceOf("Holidays"), QString("250.75"));
 }
 
 QTEST_MAIN(MainWindowTest)
