@@ -305,8 +305,9 @@ void EntryEditor::addSplitLine(const tarn::EntryFormSplit& split) {
   splits_->setItem(row, 2, amount);
 }
 
-void EntryEditor::showForm(const tarn::EntryForm& form, bool editing) {
-  editing_ = editing;
+void EntryEditor::showForm(const tarn::EntryForm& form, std::int32_t entryNumber) {
+  editingNumber_ = entryNumber;
+  const bool editing = entryNumber >= 0;
   year_->setValue(form.date / 10000);
   month_->setCurrentIndex(form.date / 100 % 100 - 1);
   day_->setValue(form.date % 100);
@@ -348,7 +349,7 @@ void EntryEditor::showForm(const tarn::EntryForm& form, bool editing) {
 
 void EntryEditor::clearForNewEntry() {
   if (!account_) return;
-  showForm(tarn::NewEntryForm(*account_, tarn::CalendarDate::now().dateNumber()), false);
+  showForm(tarn::NewEntryForm(*account_, tarn::CalendarDate::now().dateNumber()), -1);
   month_->setFocus();
 }
 

@@ -33,14 +33,16 @@ class EntryEditor : public QWidget {
   // The account the form writes into; refills the type list, suggestions
   // and transfer accounts. nullptr disables the form.
   void setAccount(tarn::TARNBook* book, tarn::TARNAccount* account);
-  // Shows the form; `editing` says whether it holds an existing entry.
-  void showForm(const tarn::EntryForm& form, bool editing);
+  // Shows the form of the entry numbered `entryNumber`, or of a new entry
+  // when it is -1.
+  void showForm(const tarn::EntryForm& form, std::int32_t entryNumber);
   // A blank form for a new entry dated today.
   void clearForNewEntry();
   // What the fields say; nullopt (with `problem` set) when a field cannot be
   // read, such as an amount that is no number.
   std::optional<tarn::EntryForm> form(QString* problem) const;
-  bool isEditing() const { return editing_; }
+  bool isEditing() const { return editingNumber_ >= 0; }
+  std::int32_t editingNumber() const { return editingNumber_; }
 
  signals:
   void recordRequested();
@@ -58,7 +60,7 @@ class EntryEditor : public QWidget {
 
   tarn::TARNBook* book_ = nullptr;
   tarn::TARNAccount* account_ = nullptr;
-  bool editing_ = false;
+  std::int32_t editingNumber_ = -1;
   QComboBox* month_;
   QSpinBox* day_;
   QSpinBox* year_;

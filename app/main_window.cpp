@@ -442,14 +442,31 @@ void MainWindow::filterControlsChanged() {
 
 // --- Register ------------------------------------------------------------------
 
+std::shared_ptr<tarn::TARNAccountEntry> MainWindow::selectedEntry() const {
+  const QModelIndexList rows = register_->selectionModel()->selectedRows();
+  return rows.isEmpty() ? nullptr : model_->entryAt(rows.first().row());
+}
+
 void MainWindow::refreshRegister(bool balancesChanged) {
-  const auto entry = model_->entryAt(register_->currentIndex().row());
+  const auto entry = selectedEntry();
   model_->refresh(balancesChanged);
   if (entry) {
     const int row = model_->rowOfEntry(entry->GetNumber());
     if (row >= 0) {
       const QSignalBlocker block(register_->selectionModel());
       register_->selectRow(row);
+    }
+  }
+  if (balancesChanged && editor_->isEditing()) {
+    // The entry in the form may have been changed or taken away (by undo).
+    auto account = currentAccount();
+    auto shown = account ? account->GetEntryWithNumber(editor_->editingNumber()) : nullptr;
+    if (shown) {
+      editor_->showForm(tarn::EntryFormFromEntry(document_->book(), *account, *shown),
+                        shown->GetNumber());
+    } else {
+      register_->clearSelection();
+      editor_->clearForNewEntry();
     }
   }
   refreshBalances();
@@ -512,9 +529,10 @@ void MainWindow::bookChanged(std::int32_t account) {
 
 void MainWindow::registerSelectionChanged() {
   auto account = currentAccount();
-  auto entry = model_->entryAt(register_->currentIndex().row());
-  if (!account || !entry || register_->selectionModel()->selectedRows().isEmpty()) return;
-  editor_->showForm(tarn::EntryFormFromEntry(document_->book(), *account, *entry), true);
+  auto entry = selectedEntry();
+  if (!account || !entry) return;
+  editor_->showForm(tarn::EntryFormFromEntry(document_->book(), *account, *entry),
+                    entry->GetNumber());
 }
 
 void MainWindow::registerClicked(const QModelIndex& index) {
@@ -538,7 +556,10 @@ void MainWindow::recordEntry() {
   const auto form = editor_->form(&problem);
   if (!form) return showProblem(problem);
   std::shared_ptr<tarn::TARNAccountEntry> entry;
-  if (editor_->isEditing()) entry = model_->entryAt(register_->currentIndex().row());
+  if (editor_->isEditing()) {
+    entry = account->GetEntryWithNumber(editor_->editingNumber());
+    if (!entry) return showProblem(tr("The entry in the form no longer exists."));
+  }
   std::optional<tarn::EntriesChange> change;
   try {
     entry = tarn::RecordEntryForm(document_->book(), *account, entry, *form, &change);
@@ -569,7 +590,7 @@ void MainWindow::newEntry() {
 
 void MainWindow::voidEntry() {
   auto account = currentAccount();
-  auto entry = model_->entryAt(register_->currentIndex().row());
+  auto entry = account ? account->GetEntryWithNumber(editor_->editingNumber()) : nullptr;
   if (!account || !entry) return;
   std::optional<tarn::EntriesChange> change;
   const bool makeVoid = !entry->GetVoid();
@@ -580,7 +601,7 @@ void MainWindow::voidEntry() {
 
 void MainWindow::removeEntry() {
   auto account = currentAccount();
-  auto entry = model_->entryAt(register_->currentIndex().row());
+  auto entry = account ? account->GetEntryWithNumber(editor_->editingNumber()) : nullptr;
   if (!account || !entry) return;
   std::optional<tarn::EntriesChange> change;
   tarn::RemoveEntry(document_->book(), *account, entry, &change);

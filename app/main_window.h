@@ -25,6 +25,7 @@ class RegisterModel;
 
 namespace tarn {
 class TARNAccount;
+class TARNAccountEntry;
 class TARNBook;
 struct AccountSettings;
 }  // namespace tarn
@@ -84,6 +85,8 @@ class MainWindow : public QMainWindow {
   void refillRecentMenu();
   void updateTitle();
   std::shared_ptr<tarn::TARNAccount> currentAccount() const;
+  // The entry of the register's selected row, or nullptr.
+  std::shared_ptr<tarn::TARNAccountEntry> selectedEntry() const;
   void showProblem(const QString& text);
 
   std::unique_ptr<BookDocument> document_;

@@ -363,6 +363,41 @@ void MainWindowTest::voidsUndoesAndRedoes() {
   action("&Redo")->trigger();
   QVERIFY(struck());
   QCOMPARE(Money(balanceOf("Checking")), std::round((balance - amount) * 100) / 100);
+  auto rowOf = [this, number] {
+    for (int each = 0; each < model()->rowCount(); ++each) {
+      if (model()->index(each, 0).data(Qt::UserRole).toInt() == number) return each;
+    }
+    return -1;
+  };
+  auto click = [this](int at) {
+    table()->scrollTo(model()->index(at, 0));
+    QTest::mouseClick(
+        table()->viewport(), Qt::LeftButton, {},
+        table()->visualRect(model()->index(at, RegisterModel::kDescription)).center());
+  };
+
+  // Removed, then back in its place by undo; the form lets go of it.
+  action("&Undo")->trigger();
+  click(rowOf());
+  const int count = model()->rowCount();
+  QTest::mouseClick(find<QPushButton>("entryRemove"), Qt::LeftButton);
+  QCOMPARE(model()->rowCount(), count - 1);
+  QCOMPARE(rowOf(), -1);
+  QVERIFY(find<QLineEdit>("entryAmount")->text().isEmpty());
+  action("&Undo")->trigger();
+  QCOMPARE(model()->rowCount(), count);
+  QVERIFY(rowOf() >= 0);
+  QCOMPARE(Money(balanceOf("Checking")), balance);
+
+  // The entry brought back by undo can be edited, and the edit undone.
+  click(rowOf());
+  typeInto("entryAmount", "1.00");
+  QTest::keyClick(find<QLineEdit>("entryAmount"), Qt::Key_Return);
+  QCOMPARE(model()->index(rowOf(), RegisterModel::kAmount).data().toString(), QString("-1.00"));
+  QCOMPARE(model()->rowCount(), count);
+  action("&Undo")->trigger();
+  QCOMPARE(Money(model()->index(rowOf(), RegisterModel::kAmount).data().toString()), amount);
+  QCOMPARE(find<QLineEdit>("entryAmount")->text(), QString::number(-amount, 'f', 2));
 }
 
 void MainWindowTest::filtersByTextAndByPeriod() {
@@ -617,7 +652,7 @@ void MainWindowTest::managesAccountsWithUndo() {
   QVERIFY(find<QLabel>("balances")->text().contains("Balance: 250.75"));
 
   // A name another account has is refused.
-  whenModal([](QWidget* modal) {
+  whenModal([this](QWidget* modal) {
     auto* dialog = qobject_cast<QInputDialog*>(modal);
     QVERIFY(dialog);
     dialog->findChild<QLineEdit*>()->selectAll();
