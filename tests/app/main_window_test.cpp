@@ -123,15 +123,16 @@ void MainWindowTest::cleanup() {
 }
 
 void MainWindowTest::whenModal(std::function<void(QWidget*)> answer) {
-  auto poll = std::make_shared<std::function<void()>>();
-  *poll = [answer, poll] {
-    if (QWidget* modal = QApplication::activeModalWidget()) {
-      answer(modal);
-    } else {
-      QTimer::singleShot(10, *poll);
-    }
-  };
-  QTimer::singleShot(0, *poll);
+  auto* timer = new QTimer(this);
+  timer->setInterval(10);
+  connect(timer, &QTimer::timeout, this, [timer, answer = std::move(answer)] {
+    QWidget* modal = QApplication::activeModalWidget();
+    if (!modal) return;
+    timer->stop();
+    timer->deleteLater();
+    answer(modal);
+  });
+  timer->start();
 }
 
 QAction* MainWindowTest::action(const QString& text) const {
