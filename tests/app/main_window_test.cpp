@@ -66,6 +66,7 @@ class MainWindowTest : public QObject {
   void asksBeforeClosingWithUnsavedChanges();
   void opensAnOldAccountFileThroughTheUpgrade();
   void managesAccountsWithUndo();
+  void showsFoldersAndSmartFolders();
 
  private:
   // Runs `answer` on the next modal dialog, once it shows.
@@ -679,6 +680,44 @@ void MainWindowTest::managesAccountsWithUndo() {
   action("&Redo")->trigger();
   action("&Redo")->trigger();
   QCOMPARE(balanceOf("Holidays"), QString("250.75"));
+}
+
+void MainWindowTest::showsFoldersAndSmartFolders() {
+  QVERIFY(window_->openPath(samplePath_));
+  const auto book = tarn::TARNBook::open(samplePath_.toStdString());
+  auto* tree = find<QTreeWidget>("accounts");
+  int shownFolders = 0;
+  for (const auto& account : book->accounts()) {
+    QTreeWidgetItem* item =
+        tree->findItems(QString::fromStdString(account->GetName()), Qt::MatchExactly).value(0);
+    QVERIFY(item);
+    QCOMPARE(item->childCount(),
+             static_cast<int>(account->folders().size() + account->smartFolders().size()));
+    for (int child = 0; child < item->childCount(); ++child) {
+      tree->expandItem(item);
+      const QRect rect = tree->visualItemRect(item->child(child));
+      QTest::mouseClick(tree->viewport(), Qt::LeftButton, {}, rect.center());
+      QCOMPARE(tree->currentItem(), item->child(child));
+      // What the library shows with that folder or smart folder chosen.
+      const auto index = static_cast<std::size_t>(child);
+      if (index < account->folders().size()) {
+        account->setFolder(account->folders()[index]);
+        account->setSmartFolder(nullptr);
+      } else {
+        account->setFolder(nullptr);
+        account->setSmartFolder(account->smartFolders()[index - account->folders().size()]);
+      }
+      QCOMPARE(model()->rowCount(), static_cast<int>(account->entryFilteredEntries().size()));
+      ++shownFolders;
+    }
+  }
+  QVERIFY(shownFolders >= 3);
+  // The account itself again: the whole register.
+  selectAccount("Checking");
+  const auto checking = book->accountWithName("Checking");
+  checking->setFolder(nullptr);
+  checking->setSmartFolder(nullptr);
+  QCOMPARE(model()->rowCount(), static_cast<int>(checking->entryFilteredEntries().size()));
 }
 
 QTEST_MAIN(MainWindowTest)
