@@ -25,6 +25,7 @@
 #include <QVBoxLayout>
 
 #include <cmath>
+#include <set>
 #include <stdexcept>
 
 #include "account_settings_dialog.h"
@@ -40,7 +41,12 @@
 #include "tarn/book/entry_form.h"
 #include "tarn/filters/filter.h"
 #include "tarn/model/account_entry.h"
+#include "tarn/model/category.h"
+#include "tarn/model/currency.h"
+#include "tarn/platform/calendar_date.h"
 #include "tarn/platform/error.h"
+#include "tarn/ui/edit_currency_controller.h"
+#include "tarn/ui/remove_category_controller.h"
 
 namespace {
 
@@ -723,11 +729,94 @@ void MainWindow::removeAccount() {
 }
 
 void MainWindow::removeCategory() {
-  showProblem(tr("Removing categories is not available yet."));
+  tarn::TARNBook& book = document_->book();
+  const auto all = book.allCategories();
+  if (all.empty()) return showProblem(tr("The book has no categories."));
+  QStringList names;
+  for (const auto& category : all) names << QString::fromStdString(category->fullName());
+  bool ok = false;
+  QString chosen;
+  {
+    const ModalRun modal(this);
+    chosen = QInputDialog::getItem(this, tr("Remove Category"), tr("Category to remove:"), names, 0,
+                                   false, &ok);
+  }
+  if (!ok) return;
+  auto category = book.categoryWithFullName(chosen.toStdString());
+  if (!category) return;
+
+  // The choices: every category but the one removed and its children.
+  std::set<const tarn::TARNAccountEntryCategory*> removed{category.get()};
+  for (const auto& child : category->allChildren()) removed.insert(child.get());
+  auto data = std::make_shared<tarn::RemoveCategoryData>();
+  for (const auto& each : all) {
+    if (!removed.count(each.get())) data->categories.push_back(each);
+  }
+  data->oldCategories = {category};
+  data->newCategories = {-1};
+  bool accepted = false;
+  {
+    const ModalRun modal(this);
+    accepted = tarn::PFRemoveCategoryController::sharedRunForCategory(data);
+  }
+  if (!accepted) return;
+  const std::int32_t number = data->newCategories.empty() ? -1 : data->newCategories.front();
+  auto moveTo = number >= 0 ? book.categoryWithNumber(number) : nullptr;
+  tarn::BookContents before(book);
+  book.removeCategory(category, moveTo.get());
+  document_->pushContents(tr("Remove Category"), std::move(before), tarn::BookContents(book));
 }
 
 void MainWindow::editCurrencies() {
-  showProblem(tr("Editing currencies is not available yet."));
+  tarn::TARNBook& book = document_->book();
+  QStringList names;
+  for (const auto& currency : book.currencies()) {
+    names << QString::fromStdString(currency->code() + " - " + currency->description());
+  }
+  const QString newCurrency = tr("New Currency...");
+  names << newCurrency;
+  bool ok = false;
+  QString chosen;
+  {
+    const ModalRun modal(this);
+    chosen =
+        QInputDialog::getItem(this, tr("Edit Currencies"), tr("Currency:"), names, 0, false, &ok);
+  }
+  if (!ok) return;
+  const qsizetype index = names.indexOf(chosen);
+  const bool adding = chosen == newCurrency || index < 0 ||
+                      static_cast<std::size_t>(index) >= book.currencies().size();
+  // A new currency starts blank, with the base currency's separators.
+  const auto& base = book.currency();
+  auto currency =
+      adding ? tarn::PFCurrency::initWithCode(std::string(), std::string(), std::string(), true,
+                                              base->thousandsSeparator(), base->decimalSeparator(),
+                                              1.0, tarn::CalendarDate::now().dateNumber())
+             : book.currencies()[static_cast<std::size_t>(index)];
+  std::vector<std::shared_ptr<tarn::PFCurrency>> currencies = book.currencies();
+  if (adding) currencies.push_back(currency);
+
+  tarn::BookContents before(book);
+  auto* panel = tarn::PFEditCurrencyController::sharedEditCurrencyController();
+  panel->setBaseCurrency(book.currency());
+  panel->setEditCurrency(currency);
+  panel->setCurrencies(std::move(currencies));
+  int answer = 0;
+  {
+    const ModalRun modal(this);
+    answer = panel->editCurrencyWindow_Run();
+  }
+  panel->setEditCurrency(nullptr);
+  if (answer != 1) return;
+  if (adding) {
+    try {
+      book.addCurrency(currency);
+    } catch (const std::invalid_argument& error) {
+      return showProblem(QString::fromUtf8(error.what()));
+    }
+  }
+  document_->pushContents(adding ? tr("New Currency") : tr("Edit Currency"), std::move(before),
+                          tarn::BookContents(book));
 }
 
 // --- Files ----------------------------------------------------------------------------

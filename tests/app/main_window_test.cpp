@@ -16,6 +16,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
 #include <QTableView>
 #include <QTableWidget>
@@ -67,6 +68,8 @@ class MainWindowTest : public QObject {
   void opensAnOldAccountFileThroughTheUpgrade();
   void managesAccountsWithUndo();
   void showsFoldersAndSmartFolders();
+  void removesACategoryThroughThePanel();
+  void addsACurrencyAndTransfersBetweenCurrencies();
 
  private:
   // Runs `answer` on the next modal dialog, once it shows.
@@ -131,7 +134,10 @@ void MainWindowTest::whenModal(std::function<void(QWidget*)> answer) {
     if (!modal) return;
     timer->stop();
     timer->deleteLater();
+    const QPointer<QWidget> shown(modal);
     answer(modal);
+    // A failed check inside an answer must not leave the dialog waiting.
+    if (QTest::currentTestFailed() && shown && shown->isVisible()) shown->close();
   });
   timer->start();
 }
@@ -718,6 +724,116 @@ void MainWindowTest::showsFoldersAndSmartFolders() {
   checking->setFolder(nullptr);
   checking->setSmartFolder(nullptr);
   QCOMPARE(model()->rowCount(), static_cast<int>(checking->entryFilteredEntries().size()));
+}
+
+// Picks `item` in a QInputDialog's list and presses OK.
+void PickInList(QWidget* modal, const QString& item) {
+  auto* dialog = qobject_cast<QInputDialog*>(modal);
+  QVERIFY(dialog);
+  auto* list = dialog->findChild<QComboBox*>();
+  QVERIFY(list);
+  const int index = list->findText(item);
+  QVERIFY2(index >= 0, qPrintable(item));
+  list->setCurrentIndex(index);
+  QTest::keyClick(list, Qt::Key_Return);
+}
+
+void MainWindowTest::removesACategoryThroughThePanel() {
+  QVERIFY(window_->openPath(samplePath_));
+  selectAccount("Checking");
+  auto count = [this](const QString& category) {
+    int found = 0;
+    for (int row = 0; row < model()->rowCount(); ++row) {
+      found += model()->index(row, RegisterModel::kCategory).data().toString() == category;
+    }
+    return found;
+  };
+  const int charity = count("Charity");
+  const int gifts = count("Gifts");
+  QVERIFY(charity > 0);
+
+  bool panelShown = false;
+  whenModal([this, &panelShown](QWidget* modal) {
+    whenModal([&panelShown](QWidget* panel) {
+      auto* choice = panel->findChild<QComboBox*>("newCategoryButton");
+      QVERIFY(choice);
+      panelShown = true;
+      QVERIFY(choice->findText("Charity") < 0);  // not a choice for itself
+      // Arrow keys through the menu, as a user picks from it.
+      QTest::keyClick(choice, Qt::Key_Home);
+      for (int step = 0; step < choice->count() && choice->currentText() != "Gifts"; ++step) {
+        QTest::keyClick(choice, Qt::Key_Down);
+      }
+      QCOMPARE(choice->currentText(), QString("Gifts"));
+      QTest::mouseClick(panel->findChild<QPushButton*>("removeCategoryOKButton"), Qt::LeftButton);
+    });
+    PickInList(modal, "Charity");
+  });
+  action("&Remove Category...")->trigger();
+  QVERIFY(panelShown);
+  QCOMPARE(count("Charity"), 0);
+  QCOMPARE(count("Gifts"), gifts + charity);
+  action("&Undo")->trigger();
+  QCOMPARE(count("Charity"), charity);
+  QCOMPARE(count("Gifts"), gifts);
+}
+
+void MainWindowTest::addsACurrencyAndTransfersBetweenCurrencies() {
+  QVERIFY(window_->openPath(samplePath_));
+  const double savings = Money(balanceOf("Savings"));
+  const double checking = Money(balanceOf("Checking"));
+  whenModal([this](QWidget* modal) {
+    whenModal([](QWidget* panel) {
+      auto* code = panel->findChild<QLineEdit*>("editCurrencyWindow_Code_Field");
+      auto* name = panel->findChild<QLineEdit*>("editCurrencyWindow_Description_Field");
+      auto* rate = panel->findChild<QLineEdit*>("editCurrencyWindow_BasePerCurrency_Field");
+      QVERIFY(code && name && rate);
+      QTest::keyClicks(code, "EUR");
+      QTest::keyClicks(name, "Euro");
+      rate->selectAll();
+      QTest::keyClicks(rate, "1.10000");
+      QTest::mouseClick(panel->findChild<QPushButton*>("editCurrencyWindow_OK_Button"),
+                        Qt::LeftButton);
+    });
+    PickInList(modal, "New Currency...");
+  });
+  action("&Edit Currencies...")->trigger();
+
+  // Savings now keeps euros.
+  selectAccount("Savings");
+  whenModal([](QWidget* modal) {
+    auto* currency = modal->findChild<QComboBox*>("settingsCurrency");
+    QVERIFY(currency);
+    const int euro = currency->findText("EUR - Euro");
+    QVERIFY(euro >= 0);
+    currency->setCurrentIndex(euro);
+    QTest::keyClick(modal->findChild<QLineEdit*>("settingsName"), Qt::Key_Return);
+  });
+  action("Account &Settings...")->trigger();
+
+  // 100 dollars out of checking arrive as 90 euros.
+  selectAccount("Checking");
+  QTest::mouseClick(find<QPushButton>("entryNew"), Qt::LeftButton);
+  chooseType("Transfer");
+  typeInto("entryDescription", "Euro savings");
+  auto* transfer = find<QComboBox>("entryTransfer");
+  transfer->setCurrentIndex(transfer->findText("Savings"));
+  QVERIFY(find<QLineEdit>("entryExchanged")->isVisible());
+  typeInto("entryAmount", "100");
+  typeInto("entryExchanged", "90");
+  QTest::keyClick(find<QLineEdit>("entryExchanged"), Qt::Key_Return);
+  QCOMPARE(Money(balanceOf("Checking")), std::round((checking - 100) * 100) / 100);
+  QCOMPARE(Money(balanceOf("Savings")), std::round((savings + 90) * 100) / 100);
+
+  // Editing the amount on the euro side's other half keeps both in step.
+  const int row = rowWith(RegisterModel::kDescription, "Euro savings");
+  QVERIFY(row >= 0);
+  table()->selectRow(row);
+  QCOMPARE(find<QLineEdit>("entryExchanged")->text(), QString("90.00"));
+  typeInto("entryExchanged", "92.50");
+  QTest::keyClick(find<QLineEdit>("entryExchanged"), Qt::Key_Return);
+  QCOMPARE(Money(balanceOf("Savings")), std::round((savings + 92.5) * 100) / 100);
+  QCOMPARE(Money(balanceOf("Checking")), std::round((checking - 100) * 100) / 100);
 }
 
 QTEST_MAIN(MainWindowTest)
