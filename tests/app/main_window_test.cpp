@@ -70,6 +70,7 @@ class MainWindowTest : public QObject {
   void showsFoldersAndSmartFolders();
   void removesACategoryThroughThePanel();
   void addsACurrencyAndTransfersBetweenCurrencies();
+  void keepsTheOpenBookWhenAFileCannotBeRead();
 
  private:
   // Runs `answer` on the next modal dialog, once it shows.
@@ -834,6 +835,28 @@ void MainWindowTest::addsACurrencyAndTransfersBetweenCurrencies() {
   QTest::keyClick(find<QLineEdit>("entryExchanged"), Qt::Key_Return);
   QCOMPARE(Money(balanceOf("Savings")), std::round((savings + 92.5) * 100) / 100);
   QCOMPARE(Money(balanceOf("Checking")), std::round((checking - 100) * 100) / 100);
+}
+
+void MainWindowTest::keepsTheOpenBookWhenAFileCannotBeRead() {
+  QVERIFY(window_->openPath(samplePath_));
+  const QString path = dir_.filePath("notes.tarn");
+  {
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("shopping list: milk, bread\n");
+  }
+  QString message;
+  whenModal([&message](QWidget* modal) {
+    auto* box = qobject_cast<QMessageBox*>(modal);
+    QVERIFY(box);
+    message = box->text();
+    QTest::keyClick(box, Qt::Key_Return);
+  });
+  QVERIFY(!window_->openPath(path));
+  // The message names the file; the book that was open stays.
+  QVERIFY2(message.contains("notes.tarn"), qPrintable(message));
+  QCOMPARE(find<QTreeWidget>("accounts")->topLevelItemCount(), 3);
+  QVERIFY(window_->windowTitle().startsWith("household.tarn"));
 }
 
 QTEST_MAIN(MainWindowTest)
