@@ -206,29 +206,12 @@ QVariant RegisterModel::headerData(int section, Qt::Orientation orientation, int
     }
     return {};
   }
-  if (role != Qt::DisplayRole) return {};
-  switch (section) {
-    case kDate:
-      return tr("Date");
-    case kCheckNumber:
-      return tr("No.");
-    case kType:
-      return tr("Type");
-    case kDescription:
-      return tr("Description");
-    case kToFrom:
-      return tr("To/From");
-    case kCategory:
-      return tr("Category");
-    case kResolved:
-      return tr("Resolved");
-    case kAmount:
-      return tr("Amount");
-    case kBalance:
-      return tr("Balance");
-    default:
-      return {};
-  }
+  if (role != Qt::DisplayRole || section < 0 || section >= kColumnCount) return {};
+  static const char* const kTitles[kColumnCount] = {
+      QT_TR_NOOP("Date"),        QT_TR_NOOP("No."),     QT_TR_NOOP("Type"),
+      QT_TR_NOOP("Description"), QT_TR_NOOP("To/From"), QT_TR_NOOP("Category"),
+      QT_TR_NOOP("Resolved"),    QT_TR_NOOP("Amount"),  QT_TR_NOOP("Balance")};
+  return tr(kTitles[section]);
 }
 
 Qt::ItemFlags RegisterModel::flags(const QModelIndex& index) const {
