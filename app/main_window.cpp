@@ -721,8 +721,7 @@ void MainWindow::removeAccount() {
   }
   if (answer != QMessageBox::Yes) return;
   tarn::BookContents before(document_->book());
-  auto& accounts = document_->book().accounts();
-  std::erase(accounts, account);
+  document_->book().removeAccount(account);
   accountNumber_ = -1;
   document_->pushContents(tr("Remove Account"), std::move(before),
                           tarn::BookContents(document_->book()));

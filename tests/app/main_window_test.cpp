@@ -687,6 +687,19 @@ void MainWindowTest::managesAccountsWithUndo() {
   action("&Redo")->trigger();
   action("&Redo")->trigger();
   QCOMPARE(balanceOf("Holidays"), QString("250.75"));
+  // Removed after a question, and back by undo.
+  selectAccount("Holidays");
+  whenModal([](QWidget* modal) {
+    auto* box = qobject_cast<QMessageBox*>(modal);
+    QVERIFY(box);
+    box->button(QMessageBox::Yes)->click();
+  });
+  action("&Remove Account")->trigger();
+  QCOMPARE(tree->topLevelItemCount(), 3);
+  QVERIFY(tree->findItems("Holidays", Qt::MatchExactly).isEmpty());
+  action("&Undo")->trigger();
+  QCOMPARE(tree->topLevelItemCount(), 4);
+  QCOMPARE(balanceOf("Holidays"), QString("250.75"));
 }
 
 void MainWindowTest::showsFoldersAndSmartFolders() {

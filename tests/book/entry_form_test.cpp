@@ -221,5 +221,28 @@ TEST_F(EntryFormTest, AccountSettingsAndWholeBookStatesGoBack) {
   EXPECT_EQ(account->accountsController(), &book_);
 }
 
+TEST_F(EntryFormTest, RemovingAnAccountUnlinksTheHalvesLeftBehindAndUndoBringsItBack) {
+  EntryForm form = Form(80);
+  form.transferAccount = savings_->GetNumber();
+  auto transfer = RecordEntryForm(book_, *checking_, nullptr, form);
+  RecordEntryForm(book_, *checking_, nullptr, Form(5));
+  const BookContents before(book_);
+  EXPECT_EQ(book_.removeAccount(savings_), 1u);
+  EXPECT_FALSE(book_.accountWithName("Savings"));
+  EXPECT_FALSE(transfer->IsLinked());
+  EXPECT_FALSE(LinkedEntry(book_, *transfer));
+  EXPECT_DOUBLE_EQ(checking_->GetBalance(), -85);
+  EXPECT_EQ(book_.removeAccount(savings_), 0u) << "not in the book any more";
+
+  before.restore(book_);
+  auto savings = book_.accountWithName("Savings");
+  auto checking = book_.accountWithName("Checking");
+  ASSERT_TRUE(savings && checking);
+  auto mirror = LinkedEntry(book_, *checking->GetEntries().front());
+  ASSERT_TRUE(mirror);
+  EXPECT_EQ(mirror->GetAccount(), savings.get());
+  EXPECT_DOUBLE_EQ(savings->GetBalance(), 80);
+}
+
 }  // namespace
 }  // namespace tarn

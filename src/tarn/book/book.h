@@ -80,6 +80,11 @@ class TARNBook : public TARNAccountsController {
   // book, in the book's default currency. Throws std::invalid_argument for
   // an empty name or one another account already has.
   std::shared_ptr<TARNAccount> addAccount(const std::string& name);
+  // Takes the account out of the book. The other halves of its transfers,
+  // in the accounts that stay, become plain entries (no longer linked), so
+  // that nothing points at an account the book has not got. Returns how many
+  // entries were unlinked.
+  std::size_t removeAccount(const std::shared_ptr<TARNAccount>& account);
 
   // --- Currencies ----------------------------------------------------------
   std::shared_ptr<PFCurrency> currency() override { return defaultCurrency_; }
