@@ -10,6 +10,7 @@
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QTimer>
+#include <algorithm>
 
 #include "tarn/platform/user_defaults.h"
 #include "tarn/ui/alert.h"
@@ -63,11 +64,10 @@ PFEditCurrencyController::~PFEditCurrencyController() {
 }
 
 void PFEditCurrencyController::awakeFromNib() {
-  // The height as laid out, with the rate part shown.
-  editCurrencyWindow_->layout()->activate();
-  editCurrencyWindow_->resize(
-      editCurrencyWindow_->width(),
-      std::max(editCurrencyWindow_->height(), editCurrencyWindow_->sizeHint().height()));
+  // The height as laid out, with the rate part shown: no taller than the
+  // controls need, so that hiding the rate part leaves no gap.
+  const QSize hint = editCurrencyWindow_->sizeHint();
+  editCurrencyWindow_->resize(std::max(editCurrencyWindow_->width(), hint.width()), hint.height());
   defaultWindowHeight_ = editCurrencyWindow_->height();
   setRateFormatter(makeRateFormatter());
 }
@@ -231,7 +231,8 @@ void PFEditCurrencyController::setShowRate(bool showRate) {
     ui_->editCurrencyWindow_CurrencyPerBase_Field->setEnabled(true);
     resizeWindowHeight(defaultWindowHeight_);
   } else {
-    editCurrencyWindow_->layout()->activate();
+    // Lays the controls out now, also in a window not yet shown.
+    editCurrencyWindow_->layout()->setGeometry(editCurrencyWindow_->rect());
     const int decimalBottom =
         ui_->editCurrencyWindow_Decimal_Box
             ->mapTo(editCurrencyWindow_, QPoint(0, ui_->editCurrencyWindow_Decimal_Box->height()))
@@ -247,6 +248,10 @@ void PFEditCurrencyController::setShowRate(bool showRate) {
 
 // Resizes keeping the top edge in place; animated when the window is on screen.
 void PFEditCurrencyController::resizeWindowHeight(int height) {
+  // The window's minimum size follows the rate part at once, not after the
+  // next layout pass, so that a shrink is not held back by the old minimum.
+  editCurrencyWindow_->layout()->invalidate();
+  editCurrencyWindow_->layout()->activate();
   const QSize target(editCurrencyWindow_->width(), height);
   if (!editCurrencyWindow_->isVisible()) {
     editCurrencyWindow_->resize(target);

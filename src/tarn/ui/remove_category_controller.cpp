@@ -36,6 +36,9 @@ PFRemoveCategoryController::PFRemoveCategoryController()
   newCategoriesOutline_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
   newCategoriesOutline_->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
   newCategoriesOutline_->setDataSource(this);
+  // The one-category window is no taller than its controls.
+  removeCategoryWindow_->resize(removeCategoryWindow_->width(),
+                                removeCategoryWindow_->sizeHint().height());
 
   connect(ui_->removeCategoryOKButton, &QPushButton::clicked, this,
           &PFRemoveCategoryController::OK);
