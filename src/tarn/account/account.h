@@ -609,6 +609,15 @@ class TARNAccount {
   // Sorting (account_sorting.cpp)
   // ---------------------------------------------------------------------
 
+  // Column codes of SortBy and SortEntries.
+  static constexpr std::int32_t kSortColumnCheckNumber = 0;
+  static constexpr std::int32_t kSortColumnDate = 1;
+  static constexpr std::int32_t kSortColumnType = 2;
+  static constexpr std::int32_t kSortColumnDescription = 3;
+  static constexpr std::int32_t kSortColumnAmount = 4;
+  static constexpr std::int32_t kSortColumnResolved = 5;
+  static constexpr std::int32_t kSortColumnToFrom = 6;
+
   // Sorts the selected folder (or the register) in place by a column, entry
   // number breaking ties.
   void SortBy(std::int32_t column, bool descending);

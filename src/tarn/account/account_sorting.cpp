@@ -17,15 +17,6 @@ namespace tarn {
 
 namespace {
 
-// Column codes of the register's sort.
-constexpr std::int32_t kSortColumnCheckNumber = 0;
-constexpr std::int32_t kSortColumnDate = 1;
-constexpr std::int32_t kSortColumnType = 2;
-constexpr std::int32_t kSortColumnDescription = 3;
-constexpr std::int32_t kSortColumnAmount = 4;
-constexpr std::int32_t kSortColumnResolved = 5;
-constexpr std::int32_t kSortColumnToFrom = 6;
-
 using EntryComparator = int (TARNAccountEntry::*)(const TARNAccountEntry&) const;
 
 struct ColumnComparators {
@@ -37,21 +28,21 @@ struct ColumnComparators {
 ColumnComparators ComparatorsForColumn(std::int32_t column) {
   using E = TARNAccountEntry;
   switch (column) {
-    case kSortColumnCheckNumber:
+    case TARNAccount::kSortColumnCheckNumber:
       return {&E::CheckNumberIsGreaterThan, &E::CheckNumberIsGreaterThan_Reversed};
-    case kSortColumnDate:
+    case TARNAccount::kSortColumnDate:
       return {&E::DatePrimaryCheckSecondaryIsGreaterThan,
               &E::DatePrimaryCheckSecondaryIsGreaterThan_Reversed};
-    case kSortColumnType:
+    case TARNAccount::kSortColumnType:
       return {&E::TypePrimaryDateSecondaryIsGreaterThan,
               &E::TypePrimaryDateSecondaryIsGreaterThan_Reversed};
-    case kSortColumnDescription:
+    case TARNAccount::kSortColumnDescription:
       return {&E::DescriptionIsGreaterThan, &E::DescriptionIsGreaterThan_Reversed};
-    case kSortColumnAmount:
+    case TARNAccount::kSortColumnAmount:
       return {&E::AmountIsGreaterThan, &E::AmountIsGreaterThan_Reversed};
-    case kSortColumnResolved:
+    case TARNAccount::kSortColumnResolved:
       return {&E::ClearedIsGreaterThan, &E::ClearedIsGreaterThan_Reversed};
-    case kSortColumnToFrom:
+    case TARNAccount::kSortColumnToFrom:
       return {&E::ToFromIsGreaterThan, &E::ToFromIsGreaterThan_Reversed};
     default:
       return {nullptr, nullptr};

@@ -130,6 +130,33 @@ std::unique_ptr<TARNBook> TARNBook::initWithDictionary(const plist::Value& dicti
   return book;
 }
 
+void TARNBook::replaceContents(const plist::Value& dictionary) {
+  auto other = initWithDictionary(dictionary, path_.empty() ? "book" : path_);
+  accounts_ = std::move(other->accounts_);
+  categories_ = std::move(other->categories_);
+  currencies_ = std::move(other->currencies_);
+  defaultCurrency_ = std::move(other->defaultCurrency_);
+  importedIdentifiers_ = std::move(other->importedIdentifiers_);
+  for (const auto& account : accounts_) account->setAccountsController(this);
+}
+
+std::size_t TARNBook::removeAccount(const std::shared_ptr<TARNAccount>& account) {
+  if (!account || std::erase(accounts_, account) == 0) return 0;
+  std::size_t unlinked = 0;
+  const std::int32_t number = account->GetNumber();
+  for (const auto& other : accounts_) {
+    ForEachEntry(*other, [&](TARNAccountEntry& entry) {
+      if (!entry.IsLinked() || entry.GetLinkedAccount() != number) return;
+      entry.SetIsLinked(false);
+      entry.SetLinkedAccount(-1);
+      entry.SetLinkedEntry(-1);
+      ++unlinked;
+    });
+  }
+  importedIdentifiers_.erase(number);
+  return unlinked;
+}
+
 void TARNBook::loadCurrencies(const plist::Value& dictionary) {
   const plist::Value* list = dictionary.find(kKeyCurrencies);
   if (list && list->isArray()) {

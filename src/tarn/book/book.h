@@ -51,6 +51,11 @@ class TARNBook : public TARNAccountsController {
   static std::unique_ptr<TARNBook> initWithDictionary(const plist::Value& dictionary,
                                                       const std::string& name);
   plist::Value asDictionary() const;
+  // Replaces the accounts, categories, currencies and remembered identifiers
+  // with those of a book dictionary (as an undo of a change that reached
+  // everywhere does); the file, its format and its kind stay. Throws
+  // FileError as initWithDictionary does, changing nothing.
+  void replaceContents(const plist::Value& dictionary);
 
   // Whether the file held a bare account rather than a book.
   bool openedBareAccount() const { return bareAccount_; }
@@ -75,6 +80,11 @@ class TARNBook : public TARNAccountsController {
   // book, in the book's default currency. Throws std::invalid_argument for
   // an empty name or one another account already has.
   std::shared_ptr<TARNAccount> addAccount(const std::string& name);
+  // Takes the account out of the book. The other halves of its transfers,
+  // in the accounts that stay, become plain entries (no longer linked), so
+  // that nothing points at an account the book has not got. Returns how many
+  // entries were unlinked.
+  std::size_t removeAccount(const std::shared_ptr<TARNAccount>& account);
 
   // --- Currencies ----------------------------------------------------------
   std::shared_ptr<PFCurrency> currency() override { return defaultCurrency_; }

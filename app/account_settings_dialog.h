@@ -1,0 +1,37 @@
+// The account's settings sheet: name, currency, starting balance and check
+// number, and password. It edits a copy of the settings; the window applies
+// them through the library and the undo stack.
+#pragma once
+
+#include <QDialog>
+
+#include "tarn/book/book_changes.h"
+
+class QComboBox;
+class QLineEdit;
+class QSpinBox;
+
+namespace tarn {
+class TARNAccount;
+class TARNBook;
+}  // namespace tarn
+
+class AccountSettingsDialog : public QDialog {
+  Q_OBJECT
+
+ public:
+  AccountSettingsDialog(tarn::TARNBook& book, const tarn::TARNAccount& account,
+                        QWidget* parent = nullptr);
+  tarn::AccountSettings settings() const { return settings_; }
+
+  void accept() override;
+
+ private:
+  tarn::AccountSettings settings_;
+  QLineEdit* name_;
+  QComboBox* currency_;
+  QLineEdit* startingBalance_;
+  QSpinBox* startingCheckNumber_;
+  QLineEdit* password_;
+  QLineEdit* confirm_;
+};

@@ -1,0 +1,88 @@
+// Renders the window on the sample household book to PNG files: the
+// register, the entry form holding a split entry, and reconcile mode.
+//   tarn-desktop-screenshots [folder]   (default: docs/screenshots)
+// Run with QT_QPA_PLATFORM=offscreen on a machine without a display.
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPixmap>
+#include <QTableView>
+#include <QTextStream>
+
+#include <cstdio>
+
+#include "main_window.h"
+#include "register_model.h"
+#include "tarn/book/book.h"
+#include "tarn/book/sample_book.h"
+#include "tarn/platform/calendar_date.h"
+
+namespace {
+
+bool Save(QWidget& window, const QString& folder, const QString& name) {
+  QApplication::processEvents();
+  const QString path = QDir(folder).filePath(name);
+  if (!window.grab().save(path)) {
+    std::fprintf(stderr, "%s: cannot write\n", qPrintable(path));
+    return false;
+  }
+  std::printf("%s\n", qPrintable(path));
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication app(argc, argv);
+  QApplication::setOrganizationName("Tarn");
+  QApplication::setApplicationName("tarn-desktop-screenshots");
+  const QString folder =
+      argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral("docs/screenshots");
+  QDir().mkpath(folder);
+
+  // The same book on every run: the sample household up to a fixed day.
+  tarn::CalendarDate::overrideNow(tarn::CalendarDate(2026, 11, 24));
+  tarn::SampleBookOptions options;
+  options.years = 1;
+  MainWindow window;
+  window.setBook(tarn::MakeSampleBook(options));
+  window.resize(1280, 800);
+  window.show();
+  bool ok = Save(window, folder, "window_register.png");
+
+  // A split entry in the form.
+  auto* table = window.findChild<QTableView*>("register");
+  auto* model = qobject_cast<RegisterModel*>(table->model());
+  for (int row = model->rowCount() - 1; row >= 0; --row) {
+    if (model->index(row, RegisterModel::kCategory).data().toString() == "Split") {
+      table->selectRow(row);
+      table->scrollTo(model->index(row, 0));
+      break;
+    }
+  }
+  ok = Save(window, folder, "window_entry.png") && ok;
+
+  // Reconcile mode against a statement that counts the first unresolved
+  // entry, which is then resolved by a click on its mark.
+  window.findChild<QAction*>("reconcile")->setChecked(true);
+  auto* statement = window.findChild<QLineEdit*>("statementBalance");
+  const auto money = [](QString text) { return text.remove(',').toDouble(); };
+  for (int row = 0; row < model->rowCount(); ++row) {
+    const QModelIndex mark = model->index(row, RegisterModel::kResolved);
+    if (!mark.data().toString().isEmpty()) continue;
+    const QString resolved =
+        window.findChild<QLabel*>("reconcileResolved")->text().section(' ', -1);
+    const double amount = money(model->index(row, RegisterModel::kAmount).data().toString());
+    statement->setText(QString::number(money(resolved) + amount, 'f', 2));
+    emit statement->editingFinished();
+    emit table->clicked(model->index(row, RegisterModel::kResolved));
+    table->selectRow(row);
+    table->scrollTo(mark, QAbstractItemView::PositionAtCenter);
+    break;
+  }
+  ok = Save(window, folder, "window_reconcile.png") && ok;
+  return ok ? 0 : 1;
+}

@@ -1,0 +1,158 @@
+// Capturing and restoring entries, account settings and whole books.
+
+#include "tarn/book/book_changes.h"
+
+#include <algorithm>
+#include <set>
+#include <stdexcept>
+#include <utility>
+
+#include "tarn/account/account.h"
+#include "tarn/account/account_folder.h"
+#include "tarn/book/book.h"
+#include "tarn/model/account_entry.h"
+#include "tarn/model/currency.h"
+#include "tarn/platform/text.h"
+
+namespace tarn {
+
+namespace {
+
+using Entries = std::vector<std::shared_ptr<TARNAccountEntry>>;
+
+struct Place {
+  Entries* list = nullptr;
+  std::int32_t folder = -1;
+  std::size_t position = 0;
+};
+
+Entries* ListOf(TARNAccount& account, std::int32_t folder) {
+  if (folder < 0) return &account.GetEntries();
+  if (static_cast<std::size_t>(folder) >= account.folders().size()) return nullptr;
+  return &account.folders()[static_cast<std::size_t>(folder)]->entries();
+}
+
+// Where the entry of that number stands: the register first, then folders.
+std::optional<Place> Find(const TARNAccount& account, std::int32_t number) {
+  auto& mutableAccount = const_cast<TARNAccount&>(account);
+  for (std::int32_t folder = -1; folder < static_cast<std::int32_t>(account.folders().size());
+       ++folder) {
+    Entries* list = ListOf(mutableAccount, folder);
+    for (std::size_t i = 0; i < list->size(); ++i) {
+      if ((*list)[i]->GetNumber() == number) return Place{list, folder, i};
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::vector<EntryState> CaptureEntries(const TARNBook& book, const std::vector<EntryKey>& keys) {
+  std::vector<EntryState> states;
+  states.reserve(keys.size());
+  for (const auto& key : keys) {
+    EntryState state{key, plist::Value(), -1, 0};
+    if (auto account = book.accountWithNumber(key.account)) {
+      if (auto place = Find(*account, key.entry)) {
+        state.dictionary = (*place->list)[place->position]->asDictionary();
+        state.folder = place->folder;
+        state.position = place->position;
+      }
+    }
+    states.push_back(std::move(state));
+  }
+  return states;
+}
+
+void RestoreEntries(TARNBook& book, const std::vector<EntryState>& states) {
+  // Removals first, then insertions in order of position, so that positions
+  // captured together stay right.
+  std::vector<const EntryState*> present;
+  for (const auto& state : states) {
+    auto account = book.accountWithNumber(state.key.account);
+    if (!account) continue;
+    if (auto place = Find(*account, state.key.entry)) {
+      place->list->erase(place->list->begin() + static_cast<std::ptrdiff_t>(place->position));
+    }
+    if (!state.dictionary.isNil()) present.push_back(&state);
+  }
+  std::sort(present.begin(), present.end(),
+            [](const EntryState* a, const EntryState* b) { return a->position < b->position; });
+  for (const EntryState* state : present) {
+    auto account = book.accountWithNumber(state->key.account);
+    auto entry = TARNAccountEntry::initWithDictionary(state->dictionary);
+    if (!entry) continue;
+    entry->SetAccount(account.get());
+    Entries* list = ListOf(*account, state->folder);
+    if (!list) list = &account->GetEntries();
+    const std::size_t at = std::min(state->position, list->size());
+    list->insert(list->begin() + static_cast<std::ptrdiff_t>(at), std::move(entry));
+  }
+}
+
+EntriesChange::EntriesChange(const TARNBook& book, std::vector<EntryKey> keys)
+    : keys_(std::move(keys)), before_(CaptureEntries(book, keys_)) {}
+
+void EntriesChange::finish(const TARNBook& book, const std::vector<EntryKey>& moreKeys) {
+  for (const auto& key : moreKeys) {
+    if (std::find(keys_.begin(), keys_.end(), key) != keys_.end()) continue;
+    keys_.push_back(key);
+    // Made by the change: absent before it.
+    before_.push_back(EntryState{key, plist::Value(), -1, 0});
+  }
+  after_ = CaptureEntries(book, keys_);
+}
+
+AccountSettings CaptureAccountSettings(const TARNAccount& account) {
+  AccountSettings settings;
+  settings.name = account.GetName();
+  settings.currencyCode = account.currency() ? account.currency()->code() : std::string();
+  settings.startingBalance = account.GetStartingBalance();
+  settings.startingCheckNumber = account.GetStartingCheckNumber();
+  settings.password = account.GetPassword();
+  settings.statementBalance = account.statementBalance();
+  return settings;
+}
+
+void ApplyAccountSettings(TARNBook& book, TARNAccount& account, const AccountSettings& settings) {
+  if (settings.name.empty()) throw std::invalid_argument("An account needs a name.");
+  for (const auto& other : book.accounts()) {
+    if (other.get() != &account && CaseInsensitiveEqual(other->GetName(), settings.name)) {
+      throw std::invalid_argument("Another account is already named \"" + settings.name + "\".");
+    }
+  }
+  std::shared_ptr<PFCurrency> currency = account.currency();
+  if (!currency || currency->code() != settings.currencyCode) {
+    currency = book.currencyWithCode(settings.currencyCode);
+    if (!currency) {
+      throw std::invalid_argument("The book has no currency \"" + settings.currencyCode + "\".");
+    }
+  }
+  account.SetName(settings.name);
+  account.setCurrency(std::move(currency));
+  account.SetStartingBalance(settings.startingBalance);
+  account.SetStartingCheckNumber(settings.startingCheckNumber);
+  if (account.GetPassword() != settings.password) {
+    // Whoever changes the password has just shown they may see the account.
+    account.SetPassword(settings.password);
+    account.Authenticate(settings.password);
+  }
+  account.setStatementBalance(settings.statementBalance);
+}
+
+BookContents::BookContents(const TARNBook& book) : dictionary_(book.asDictionary()) {}
+
+void BookContents::restore(TARNBook& book) const {
+  std::set<std::pair<std::int32_t, std::string>> open;
+  for (const auto& account : book.accounts()) {
+    if (account->IsAuthenticated()) open.emplace(account->GetNumber(), account->GetPassword());
+  }
+  book.replaceContents(dictionary_);
+  for (const auto& account : book.accounts()) {
+    if (open.count({account->GetNumber(), account->GetPassword()})) {
+      account->Authenticate(account->GetPassword());
+    }
+  }
+}
+
+}  // namespace tarn

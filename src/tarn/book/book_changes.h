@@ -1,0 +1,100 @@
+// Undoable changes to a book, as states to go back and forth between: the
+// entries a change touched (each as its stored dictionary, or absent), an
+// account's settings, or the book's whole contents for changes that reach
+// everywhere (categories, currencies, accounts added or removed). A host's
+// undo stack keeps these values; they refer to accounts and entries by
+// number, never by pointer, so they outlive any object they describe.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tarn/platform/value.h"
+
+namespace tarn {
+
+class TARNAccount;
+class TARNBook;
+
+// One entry of one account, by numbers.
+struct EntryKey {
+  std::int32_t account = -1;
+  std::int32_t entry = -1;
+
+  bool operator==(const EntryKey&) const = default;
+};
+
+// An entry as it stood: its dictionary (nil when the account did not hold
+// it) and where it stood in the register (or in a folder), so that an entry
+// put back returns to its place among entries of the same day.
+struct EntryState {
+  EntryKey key;
+  plist::Value dictionary;
+  std::int32_t folder = -1;  // index of the folder holding it; -1: the register
+  std::size_t position = 0;
+};
+
+// The states of the entries named; an entry (or account) that does not exist
+// is captured as absent.
+std::vector<EntryState> CaptureEntries(const TARNBook& book, const std::vector<EntryKey>& keys);
+// Puts every entry back as captured: absent ones are removed, others rebuilt
+// from their dictionary in place of the entry of that number, or inserted at
+// their old position. States of accounts the book no longer has are skipped.
+void RestoreEntries(TARNBook& book, const std::vector<EntryState>& states);
+
+// A change to entries, captured around the operation that makes it:
+//   EntriesChange change(book, {{account, entry}});
+//   ...change the book...
+//   change.finish(book, {{mirrorAccount, mirrorEntry}});
+// Keys named only at finish (an entry the change made) were absent before.
+class EntriesChange {
+ public:
+  EntriesChange(const TARNBook& book, std::vector<EntryKey> keys);
+  void finish(const TARNBook& book, const std::vector<EntryKey>& moreKeys = {});
+  void undo(TARNBook& book) const { RestoreEntries(book, before_); }
+  void redo(TARNBook& book) const { RestoreEntries(book, after_); }
+  const std::vector<EntryState>& before() const { return before_; }
+  const std::vector<EntryState>& after() const { return after_; }
+
+ private:
+  std::vector<EntryKey> keys_;
+  std::vector<EntryState> before_;
+  std::vector<EntryState> after_;
+};
+
+// What the account settings sheet edits. The statement balance is kept with
+// them because reconciling sets it the same way.
+struct AccountSettings {
+  std::string name;
+  std::string currencyCode;
+  double startingBalance = 0.0;
+  std::int32_t startingCheckNumber = 1;
+  std::string password;
+  double statementBalance = 0.0;
+
+  bool operator==(const AccountSettings&) const = default;
+};
+
+AccountSettings CaptureAccountSettings(const TARNAccount& account);
+// Applies the settings. Throws std::invalid_argument, changing nothing, for
+// an empty name, a name another account of the book has, or a currency code
+// the book does not know.
+void ApplyAccountSettings(TARNBook& book, TARNAccount& account, const AccountSettings& settings);
+
+// The book's whole contents, for changes that touch many records at once.
+// Restoring rebuilds every account; accounts that were open (authenticated)
+// stay open when their password is unchanged.
+class BookContents {
+ public:
+  explicit BookContents(const TARNBook& book);
+  void restore(TARNBook& book) const;
+
+ private:
+  plist::Value dictionary_;
+};
+
+}  // namespace tarn
