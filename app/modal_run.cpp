@@ -6,18 +6,23 @@
 #include <QMainWindow>
 #include <QMenuBar>
 
-#include "tarn/ui/modal_states.h"
+namespace {
 
-ModalRun::ModalRun(QMainWindow* window) : view_(window->centralWidget()) {
+// tarn_ui finds menus by title in the main menu bar: point it at this window's.
+QWidget* ViewOfWindowWithItsMenuBar(QMainWindow* window) {
   tarn::SetMainMenuBar(window->menuBar());
-  for (QAction* item : window->menuBar()->actions()) {
-    if (item->menu()) menus_ << QString(item->text()).remove('&');
-  }
-  for (const QString& title : menus_) tarn::Menu_ModalDisable(title);
-  if (view_) tarn::View_ModalDisable(view_);
+  return window->centralWidget();
 }
 
-ModalRun::~ModalRun() {
-  if (view_) tarn::View_ModalEnable(view_);
-  for (const QString& title : menus_) tarn::Menu_ModalEnable(title);
+QStringList MenuTitles(QMainWindow* window) {
+  QStringList titles;
+  for (QAction* item : window->menuBar()->actions()) {
+    if (item->menu()) titles << QString(item->text()).remove('&');
+  }
+  return titles;
 }
+
+}  // namespace
+
+ModalRun::ModalRun(QMainWindow* window)
+    : disabling_(ViewOfWindowWithItsMenuBar(window), MenuTitles(window)) {}

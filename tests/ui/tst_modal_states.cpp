@@ -67,15 +67,61 @@ class ModalStatesTest : public QObject {
     QVERIFY(tarn::MenuAutoenablesItems(menus.menus[0]));
     QVERIFY(tarn::MenuAutoenablesItems(menus.menus[1]));
     QVERIFY(!tarn::MenuAutoenablesItems(menus.menus[4]));
-    // A sheet inside the modal run disables the bar again; its end must not
-    // yet give the menus back.
-    tarn::MenuBar_ModalDisable();
-    tarn::MenuBar_ModalEnable();
-    QCOMPARE(menus.enabledFlags(), (QList<bool>{true, true, false, false, false}));
     tarn::MenuBar_ModalEnable();
     QCOMPARE(menus.enabledFlags(), before);
     QVERIFY(!tarn::MenuAutoenablesItems(menus.menus[3]));  // it was off before
     QVERIFY(tarn::MenuAutoenablesItems(menus.menus[4]));
+
+    // The process-wide record is one per title: a second disable before the
+    // enable records the disabled state, and the menus stay off.
+    tarn::MenuBar_ModalDisable();
+    tarn::MenuBar_ModalDisable();
+    tarn::MenuBar_ModalEnable();
+    QCOMPARE(menus.enabledFlags(), (QList<bool>{true, true, false, false, false}));
+    for (QMenu* menu : menus.menus) menu->menuAction()->setEnabled(true);
+  }
+
+  void nestedRunsGiveBackWhatWasEnabled() {
+    MenuWindow menus;
+    tarn::SetMainMenuBar(menus.window.menuBar());
+    auto* central = new QWidget;
+    auto* layout = new QVBoxLayout(central);
+    auto* save = new QPushButton("Save");
+    auto* remove = new QPushButton("Delete");
+    remove->setEnabled(false);
+    auto* group = new QGroupBox("Sheet");
+    auto* groupLayout = new QVBoxLayout(group);
+    auto* amount = new QSpinBox;
+    auto* field = new QLineEdit;
+    groupLayout->addWidget(amount);
+    groupLayout->addWidget(field);
+    layout->addWidget(save);
+    layout->addWidget(remove);
+    layout->addWidget(group);
+    menus.window.setCentralWidget(central);
+    const QList<bool> before = menus.enabledFlags();
+    {
+      tarn::ModalDisabling window(central, {"File", "Edit", "Account", "Window"});
+      QCOMPARE(menus.enabledFlags(), (QList<bool>{true, false, false, false, false}));
+      QVERIFY(!save->isEnabled());
+      QVERIFY(field->isEnabled());
+      {
+        // A sheet over the disabled window disables its part and the
+        // "Account" menu again; its end leaves them off.
+        tarn::ModalDisabling sheet(group, {"Account"});
+        QVERIFY(!amount->isEnabled());
+      }
+      QVERIFY(!amount->isEnabled());
+      QVERIFY(!save->isEnabled());
+      QCOMPARE(menus.enabledFlags(), (QList<bool>{true, false, false, false, false}));
+    }
+    QVERIFY(save->isEnabled());
+    QVERIFY(!remove->isEnabled());
+    QVERIFY(amount->isEnabled());
+    QCOMPARE(menus.enabledFlags(), before);
+    QVERIFY(!tarn::MenuAutoenablesItems(menus.menus[3]));
+    QVERIFY(tarn::MenuAutoenablesItems(menus.menus[4]));
+    tarn::SetMainMenuBar(nullptr);
   }
 
   void singleMenusByTitle() {
@@ -159,18 +205,19 @@ class ModalStatesTest : public QObject {
     QTest::keyClicks(spinBox, "42");
     QCOMPARE(spinBox->value(), 42);
 
-    // Nested runs: a sheet disables the group box again while the window is
-    // disabled; its end keeps the window's controls off.
+    // The process-wide record is one per control: a sheet that disables the
+    // group box again while the window is disabled records the disabled
+    // state, and the spin box stays off after both ends.
     tarn::View_ModalDisable(&window);
     tarn::View_ModalDisable(group);
     tarn::View_ModalEnable(group);
+    tarn::View_ModalEnable(&window);
     QVERIFY(!spinBox->isEnabled());
     QVERIFY(!popUp->isEnabled());
-    tarn::View_ModalEnable(&window);
-    QVERIFY(spinBox->isEnabled());
-    QVERIFY(!slider->isEnabled());
     QVERIFY(enabledButton->isEnabled());
     QVERIFY(!disabledButton->isEnabled());
+    spinBox->setEnabled(true);
+    popUp->setEnabled(true);
 
     // A control inside a container that the host disabled is not disabled
     // itself: the run must not leave it off once the container comes back.

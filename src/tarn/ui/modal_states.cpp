@@ -44,6 +44,11 @@ bool IsTableView(const QWidget* widget) {
   return qobject_cast<const QAbstractItemView*>(widget) != nullptr;
 }
 
+// Text fields and table views stay usable during a modal run on purpose.
+bool IsModalControl(const QWidget* widget) {
+  return !IsTextField(widget) && !IsTableView(widget);
+}
+
 // The control's own flag: a control inside a disabled container is not
 // enabled on screen, but it is not disabled itself either.
 bool OwnEnabledFlag(const QWidget* widget) {
@@ -65,20 +70,9 @@ void ForEachControl(QWidget* view, bool includeView, const std::function<void(QW
   }
 }
 
-// Recorded flags, latest last. The oldest record of an object is never
-// dropped, so an enable without a matching disable restores it again.
-template <typename Record>
-void PushRecord(std::vector<Record>& records, Record record) {
-  records.push_back(record);
-}
-template <typename Record>
-Record PopRecord(std::vector<Record>& records) {
-  Record record = records.back();
-  if (records.size() > 1) records.pop_back();
-  return record;
-}
-
-std::unordered_map<const QObject*, std::vector<bool>>* viewModalStates = nullptr;
+// One recorded flag per control and per menu title: a second disable before
+// the matching enable records the now-disabled state over the first.
+std::unordered_map<const QObject*, bool>* viewModalStates = nullptr;
 
 void ForgetWhenDestroyed(QWidget* widget) {
   if (widget->property(kTrackedProperty).toBool()) return;
@@ -92,7 +86,7 @@ struct MenuState {
   bool autoenablesItems = false;
   bool isEnabled = false;
 };
-std::unordered_map<QString, std::vector<MenuState>>* menuModalStates = nullptr;
+std::unordered_map<QString, MenuState>* menuModalStates = nullptr;
 bool menuBarDisabled = false;
 QPointer<QMenuBar> mainMenuBar;
 
@@ -124,8 +118,7 @@ void SetItemState(QAction* item, bool enabled, bool autoenables) {
 }
 
 void MakeMenuTable() {
-  if (menuModalStates == nullptr)
-    menuModalStates = new std::unordered_map<QString, std::vector<MenuState>>();
+  if (menuModalStates == nullptr) menuModalStates = new std::unordered_map<QString, MenuState>();
 }
 
 // Titles of the top-level items from the third on.
@@ -141,12 +134,11 @@ QStringList TitlesFromThird() {
 
 void View_ModalDisable(QWidget* view) {
   if (view == nullptr) return;
-  if (viewModalStates == nullptr)
-    viewModalStates = new std::unordered_map<const QObject*, std::vector<bool>>();
+  if (viewModalStates == nullptr) viewModalStates = new std::unordered_map<const QObject*, bool>();
   ForEachControl(view, true, [](QWidget* control) {
-    if (IsTextField(control) || IsTableView(control)) return;
+    if (!IsModalControl(control)) return;
     ForgetWhenDestroyed(control);
-    PushRecord((*viewModalStates)[control], OwnEnabledFlag(control));
+    (*viewModalStates)[control] = OwnEnabledFlag(control);
     control->setEnabled(false);
   });
 }
@@ -155,8 +147,7 @@ void View_ModalEnable(QWidget* view) {
   if (view == nullptr || viewModalStates == nullptr) return;
   ForEachControl(view, true, [](QWidget* control) {
     auto found = viewModalStates->find(control);
-    if (found == viewModalStates->end() || found->second.empty()) return;
-    control->setEnabled(PopRecord(found->second));
+    if (found != viewModalStates->end()) control->setEnabled(found->second);
   });
 }
 
@@ -261,8 +252,7 @@ void Menu_ModalDisable(const QString& title) {
   MakeMenuTable();
   QAction* item = TopLevelItemWithTitle(title);
   if (item == nullptr) return;
-  PushRecord((*menuModalStates)[title],
-             MenuState{MenuAutoenablesItems(item->menu()), item->isEnabled()});
+  (*menuModalStates)[title] = MenuState{MenuAutoenablesItems(item->menu()), item->isEnabled()};
   SetItemState(item, false, false);
 }
 
@@ -272,7 +262,7 @@ void Menu_ModalEnable(const QString& title) {
   if (item == nullptr) return;
   MenuState state;  // a title never recorded reads as disabled
   auto found = menuModalStates->find(title);
-  if (found != menuModalStates->end() && !found->second.empty()) state = PopRecord(found->second);
+  if (found != menuModalStates->end()) state = found->second;
   SetItemState(item, state.isEnabled, state.autoenablesItems);
 }
 
@@ -304,6 +294,30 @@ void MenuBar_Enable() {
   if (!menuBarDisabled) return;
   const QList<QAction*> items = TopLevelItems();
   for (qsizetype i = 2; i < items.size(); ++i) SetItemState(items[i], true, true);
+}
+
+ModalDisabling::ModalDisabling(QWidget* view, const QStringList& menuTitles) {
+  for (const QString& title : menuTitles) {
+    QAction* item = TopLevelItemWithTitle(title);
+    if (item == nullptr) continue;
+    menus_.push_back({item, item->isEnabled(), MenuAutoenablesItems(item->menu())});
+    SetItemState(item, false, false);
+  }
+  if (view == nullptr) return;
+  ForEachControl(view, true, [this](QWidget* control) {
+    if (!IsModalControl(control)) return;
+    controls_.push_back({control, OwnEnabledFlag(control)});
+    control->setEnabled(false);
+  });
+}
+
+ModalDisabling::~ModalDisabling() {
+  for (const ControlRecord& record : controls_) {
+    if (record.control != nullptr) record.control->setEnabled(record.enabled);
+  }
+  for (const MenuRecord& record : menus_) {
+    if (record.item != nullptr) SetItemState(record.item, record.enabled, record.autoenables);
+  }
 }
 
 }  // namespace tarn

@@ -12,8 +12,10 @@
 // are not walked.
 #pragma once
 
+#include <QAction>
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 #include <vector>
 
@@ -23,11 +25,13 @@ class QMenuBar;
 namespace tarn {
 
 // Records each control's own enabled flag (text fields and item views are
-// left usable) and disables it; the view itself is tested too. Calls nest:
-// each View_ModalEnable undoes the latest View_ModalDisable of a control.
+// left usable) and disables it; the view itself is tested too. One record
+// per control: a second call before the matching enable records the
+// now-disabled state, so these calls are not to be nested (ModalDisabling,
+// below, nests).
 void View_ModalDisable(QWidget* view);
-// Gives each recorded control the flag recorded by the latest disable not yet
-// undone; controls never recorded are left as they are.
+// Gives each recorded control its recorded flag; controls never recorded are
+// left as they are. Records are kept.
 void View_ModalEnable(QWidget* view);
 // Disables every control below the view (text fields included), recording
 // nothing.
@@ -67,8 +71,8 @@ void SetMenuAutoenablesItems(QMenu* menu, bool autoenables);
 // A top-level menu is named by its title as shown (mnemonic markers removed);
 // the first match is used and a title that matches nothing does nothing.
 void Menu_ModalDisable(const QString& title);
-// Restores the state recorded by the latest Menu_ModalDisable of the title
-// not yet undone; a title never recorded ends up disabled.
+// Restores the state recorded by the last Menu_ModalDisable of the title (one
+// record per title, as for views); a title never recorded ends up disabled.
 void Menu_ModalEnable(const QString& title);
 // Menu_ModalDisable / Menu_ModalEnable for every top-level menu from the third
 // on: the application menu and the one after it are never touched.
@@ -81,5 +85,34 @@ void Menu_Disable(const QString& title);
 void Menu_Enable(const QString& title);
 void MenuBar_Disable();
 void MenuBar_Enable();
+
+// One modal run's disabling, for hosts whose runs nest (a sheet over a
+// window that a panel already disabled): it records the flags it finds in
+// itself, not in the process-wide tables, and gives back exactly those when
+// it is destroyed, so runs ended in reverse order restore what was enabled
+// before the first. Controls are chosen as View_ModalDisable chooses them;
+// menus are the top-level menus with the given titles. Refers to the
+// widgets and menu items without owning them; ones deleted meanwhile are
+// skipped.
+class ModalDisabling {
+ public:
+  explicit ModalDisabling(QWidget* view, const QStringList& menuTitles = {});
+  ~ModalDisabling();
+  ModalDisabling(const ModalDisabling&) = delete;
+  ModalDisabling& operator=(const ModalDisabling&) = delete;
+
+ private:
+  struct ControlRecord {
+    QPointer<QWidget> control;
+    bool enabled;
+  };
+  struct MenuRecord {
+    QPointer<QAction> item;
+    bool enabled;
+    bool autoenables;
+  };
+  std::vector<ControlRecord> controls_;
+  std::vector<MenuRecord> menus_;
+};
 
 }  // namespace tarn
