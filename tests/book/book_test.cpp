@@ -11,12 +11,14 @@
 #include <filesystem>
 #include <fstream>
 #include <thread>
+#include <vector>
 
 #include <unistd.h>
 
 #include "tarn/account/account.h"
 #include "tarn/book/book_entries.h"
 #include "tarn/book/book_lock.h"
+#include "tarn/book/book_progress.h"
 #include "tarn/book/sample_book.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/model/account_schedule.h"
@@ -310,6 +312,82 @@ TEST_F(BookTest, TheSampleIsTheSameForTheSameOptionsAndPadsToACount) {
       }
     }
   }
+}
+
+// What a host showing progress hears: every step of opening, saving and
+// making a sample, with counts that only grow and end at their totals, and
+// the same book as without a handler.
+TEST_F(BookTest, ProgressReportsEachStepUpToItsTotal) {
+  struct Heard {
+    std::string step, unit;
+    std::uint64_t done, total;
+  };
+  std::vector<Heard> heard;
+  auto listen = [&heard](const TARNBookProgress& progress) {
+    heard.push_back(
+        {std::string(progress.step), std::string(progress.unit), progress.done, progress.total});
+  };
+  // The counts of one step never go back and never pass the total; the step
+  // ends at its total.
+  auto checkSteps = [&heard]() {
+    for (std::size_t i = 0; i < heard.size(); ++i) {
+      SCOPED_TRACE(heard[i].step);
+      EXPECT_LE(heard[i].done, heard[i].total);
+      const bool last = i + 1 == heard.size() || heard[i + 1].step != heard[i].step;
+      if (!last) EXPECT_LE(heard[i].done, heard[i + 1].done);
+      if (last) EXPECT_EQ(heard[i].done, heard[i].total);
+    }
+  };
+
+  SampleBookOptions options;
+  options.years = 1;
+  options.entries = 20000;
+  options.progress = listen;
+  auto made = MakeSampleBook(options);
+  checkSteps();
+  ASSERT_FALSE(heard.empty());
+  EXPECT_EQ(heard.front().step, "Making the household's months");
+  EXPECT_EQ(heard.back().step, "Making entries");
+  EXPECT_GT(heard.size(), 3u) << "the padding reports as it goes, not only at the end";
+  options.progress = nullptr;
+  EXPECT_EQ(made->asDictionary(), MakeSampleBook(options)->asDictionary());
+
+  // One of the accounts in a folder too: folder entries count as loaded.
+  const std::string file = path("big.tarn");
+  made->saveAs(file);
+  heard.clear();
+  auto book = TARNBook::open(file, listen);
+  checkSteps();
+  ASSERT_GE(heard.size(), 2u);
+  EXPECT_EQ(heard.front().step, "Reading");
+  EXPECT_EQ(heard.front().total, 0u) << "reading cannot say how far it is";
+  EXPECT_EQ(heard.back().step, "Loading accounts");
+  EXPECT_EQ(heard.back().unit, "entries");
+  std::uint64_t entries = 0;
+  for (const auto& account : book->accounts()) entries += account->GetAllEntries().size();
+  EXPECT_EQ(heard.back().total, entries);
+  // One report before the accounts and one after each.
+  EXPECT_EQ(heard.size(), 2 + book->accounts().size());
+
+  heard.clear();
+  book->setProgressHandler(listen);
+  book->save();
+  ASSERT_FALSE(heard.empty());
+  EXPECT_EQ(heard.back().step, "Writing");
+  heard.pop_back();
+  checkSteps();
+  EXPECT_EQ(heard.back().step, "Preparing");
+  EXPECT_EQ(heard.back().total, book->accounts().size());
+  EXPECT_EQ(TARNBook::open(file)->asDictionary(), book->asDictionary());
+
+  // A bare account file reports its one account's entries.
+  const std::string old = path("old.plist");
+  fs::copy_file(TARN_TEST_DATA_DIR "/book/account_version6_seconds_dates.plist", old);
+  heard.clear();
+  TARNBook::open(old, listen);
+  checkSteps();
+  EXPECT_EQ(heard.back().step, "Loading accounts");
+  EXPECT_EQ(heard.back().total, 3u);
 }
 
 }  // namespace
