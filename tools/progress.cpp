@@ -74,11 +74,13 @@ void ProgressReporter::drawLocked(std::chrono::steady_clock::time_point now) {
   if (drawn_ && now - lastDrawn_ < kRedrawEvery) return;
   const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - start_);
   const std::string line = Line(TARNBookProgress{step_, unit_, done_, total_}, elapsed);
+  lastDrawn_ = now;
+  if (drawn_ && line == line_) return;
   // Back to the line's start, the text, the rest of the old line wiped.
   std::fprintf(out_, "\r%s\x1b[K", line.c_str());
   std::fflush(out_);
   drawn_ = true;
-  lastDrawn_ = now;
+  line_ = line;
 }
 
 void ProgressReporter::finish() {

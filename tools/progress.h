@@ -65,6 +65,8 @@ class ProgressReporter {
   // The last report, its texts copied (the book's views die with the call).
   std::string step_, unit_;
   std::uint64_t done_ = 0, total_ = 0;
+  // The line on the screen, not drawn again while it would not change.
+  std::string line_;
   std::thread ticker_;
 };
 

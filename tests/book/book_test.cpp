@@ -334,8 +334,11 @@ TEST_F(BookTest, ProgressReportsEachStepUpToItsTotal) {
       SCOPED_TRACE(heard[i].step);
       EXPECT_LE(heard[i].done, heard[i].total);
       const bool last = i + 1 == heard.size() || heard[i + 1].step != heard[i].step;
-      if (!last) EXPECT_LE(heard[i].done, heard[i + 1].done);
-      if (last) EXPECT_EQ(heard[i].done, heard[i].total);
+      if (last) {
+        EXPECT_EQ(heard[i].done, heard[i].total);
+      } else {
+        EXPECT_LE(heard[i].done, heard[i + 1].done);
+      }
     }
   };
 

@@ -72,6 +72,8 @@ TEST_F(ProgressTest, LongWorkDrawsAtABoundedRateAndWipesTheLineAtTheEnd) {
   handler(loading(40000));  // too soon
   at(800);
   handler(loading(60000));
+  at(1000);
+  handler(loading(60000));  // the same line is not drawn again
   progress->finish();
   handler(loading(100000));  // after the end: nothing
   EXPECT_EQ(written(),

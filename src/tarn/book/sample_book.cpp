@@ -343,6 +343,8 @@ std::unique_ptr<TARNBook> MakeSampleBook(const SampleBookOptions& options) {
     const CalendarDate month = start.dateByAddingYears(0, i, 0);
     household.month(month.yearOfCommonEra(), month.monthOfYear());
   }
+  ReportProgress(options.progress, "Making the household's months", "months",
+                 static_cast<std::uint64_t>(months), static_cast<std::uint64_t>(months));
   const DateNumber first = start.dateNumber();
   const DateNumber last = thisMonth.dateByAddingYears(0, 0, -1).dateNumber();
   household.folderAndSmartFolders();
