@@ -393,5 +393,36 @@ TEST_F(BookTest, ProgressReportsEachStepUpToItsTotal) {
   EXPECT_EQ(heard.back().total, 3u);
 }
 
+// Currency dictionaries that lack their code (here in the book's list and in
+// both accounts) read as the default code: the accounts share the book's
+// currency of that code instead of each adding a twin, so the codes stay
+// unique and a second open and save gives the same book.
+TEST_F(BookTest, CurrenciesWithoutACodeAreSharedNotDuplicated) {
+  auto original = sample();
+  plist::Value dictionary = original->asDictionary();
+  auto& root = dictionary.mutableDictionary();
+  for (auto& currency : root.at("currencies").mutableArray()) {
+    currency.mutableDictionary().erase("code");
+  }
+  for (auto& account : root.at("accounts").mutableArray()) {
+    account.mutableDictionary().at("currency").mutableDictionary().erase("code");
+  }
+  auto book = TARNBook::initWithDictionary(dictionary, "no codes");
+  ASSERT_EQ(book->currencies().size(), 1u);
+  for (const auto& account : book->accounts()) EXPECT_EQ(account->currency(), book->currency());
+  const plist::Value saved = book->asDictionary();
+  EXPECT_EQ(TARNBook::initWithDictionary(saved, "saved")->asDictionary(), saved);
+
+  // The file the book fuzzer found it with (other keys damaged too).
+  const std::string file = path("found.tarn");
+  fs::copy_file(TARN_TEST_DATA_DIR "/book/book_currencies_without_code_mutated.tarn", file);
+  auto found = TARNBook::open(file);
+  EXPECT_EQ(found->currencies().size(), 1u);
+  found->save();
+  const plist::Value first = plist::ReadFile(file);
+  TARNBook::open(file)->save();
+  EXPECT_EQ(plist::ReadFile(file), first);
+}
+
 }  // namespace
 }  // namespace tarn

@@ -207,6 +207,7 @@ void TARNBook::loadAccounts(const plist::Value& dictionary, const std::string& n
     plist::Value copy = item;
     TARNAccount::UpdateAccountDictionary(copy);
     accounts_.push_back(OpenAccount(copy, this));
+    shareCurrencyOf(*accounts_.back());
     done += EntryCount(item);
     ReportProgress(progress, kLoadingStep, "entries", done, total);
   }
@@ -234,8 +235,21 @@ void TARNBook::adoptBareAccount(plist::Value dictionary) {
   bareAccount_ = true;
   TARNAccount::UpdateAccountDictionary(dictionary);
   auto account = OpenAccount(dictionary, this);
+  shareCurrencyOf(*account);
   if (account->GetNumber() < 0) account->SetNumber(0);
   accounts_.push_back(std::move(account));
+}
+
+void TARNBook::shareCurrencyOf(TARNAccount& account) {
+  const std::shared_ptr<PFCurrency> own = account.currency();
+  if (!own) return;
+  for (const auto& currency : currencies_) {
+    if (currency != own && CaseInsensitiveEqual(currency->code(), own->code())) {
+      account.setCurrency(currency);
+      std::erase(currencies_, own);
+      return;
+    }
+  }
 }
 
 plist::Value TARNBook::asDictionary() const {

@@ -131,6 +131,12 @@ class TARNBook : public TARNAccountsController {
                     const TARNBookProgressHandler& progress);
   void loadIdentifiers(const plist::Value& dictionary);
   void adoptBareAccount(plist::Value dictionary);
+  // An account asks the book for its currency by the stored "code" and adds
+  // its own currency when the book has none of that code; a dictionary
+  // without the code adds one whose code (the default) the book may already
+  // have. Such a twin gives way to the book's currency, so that codes stay
+  // unique in the list and the accounts share one currency.
+  void shareCurrencyOf(TARNAccount& account);
   void write(const std::string& path) const;
 
   std::string path_;
