@@ -17,10 +17,14 @@
 #include <fmt/format.h>
 
 #include "tarn/account/account.h"
+#include "tarn/book/book_entries.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/model/amounts.h"
+#include "tarn/model/category.h"
 #include "tarn/model/currency.h"
+#include "tarn/model/split_line_item.h"
 #include "tarn/platform/error.h"
+#include "tools/progress.h"
 
 namespace tarn::cli {
 
@@ -105,7 +109,8 @@ namespace {
 
 std::unique_ptr<TARNBook> Open(const std::string& path) {
   try {
-    return TARNBook::open(path);
+    ProgressReporter progress;
+    return TARNBook::open(path, progress.handler());
   } catch (const FileError& error) {
     throw Failure(error.what());
   }
@@ -144,7 +149,10 @@ std::shared_ptr<TARNAccount> OpenBook::account(const std::string& name) const {
 
 void OpenBook::save() const {
   try {
+    ProgressReporter progress;
+    book_->setProgressHandler(progress.handler());
     book_->save();
+    book_->setProgressHandler({});
   } catch (const FileError& error) {
     throw Failure(error.what());
   }
@@ -318,6 +326,39 @@ void PrintJson(const nlohmann::json& value) {
 
 double Money(double amount) {
   return std::nearbyint(RoundNearZeroValue(RoundValue(amount)) * 100) / 100 + 0.0;
+}
+
+nlohmann::json EntryJson(const TARNAccount& account, const TARNAccountEntry& entry,
+                         bool withBalance) {
+  nlohmann::json splits = nlohmann::json::array();
+  for (const auto& item : entry.splitLineItems()) {
+    auto category = account.accountEntryCategoryForNumber(item->category());
+    splits.push_back({{"category", category ? category->fullName() : ""},
+                      {"description", item->description()},
+                      {"amount", Money(item->amount())}});
+  }
+  nlohmann::json row = {{"number", entry.GetNumber()},
+                        {"date", FormatDate(entry.GetDate())},
+                        {"checkNumber", entry.IsCheck() ? nlohmann::json(entry.GetCheckNumber())
+                                                        : nlohmann::json(nullptr)},
+                        {"type", EntryTypeName(account, entry)},
+                        {"description", entry.GetDescription()},
+                        {"toFrom", entry.GetToFrom()},
+                        {"category", EntryCategoryText(account, entry)},
+                        {"resolved", entry.GetCleared() != 0},
+                        {"taxDeductible", entry.GetTaxDeductible()},
+                        {"void", entry.GetVoid()},
+                        {"transfer", entry.IsLinked()},
+                        {"amount", Money(entry.GetAmount())},
+                        {"splits", splits}};
+  if (withBalance) row["balance"] = Money(entry.GetCachedRunningBalance());
+  return row;
+}
+
+nlohmann::json BalancesJson(const TARNAccount& account) {
+  return {{"balance", Money(account.GetBalance())},
+          {"resolvedBalance", Money(account.GetResolvedBalance())},
+          {"unresolvedBalance", Money(account.GetUnresolvedBalance())}};
 }
 
 }  // namespace tarn::cli

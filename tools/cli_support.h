@@ -106,5 +106,12 @@ std::string Colored(const std::string& text, bool negative);
 void PrintJson(const nlohmann::json& value);
 // An amount for JSON: rounded to cents, with no -0.
 double Money(double amount);
+// An entry as the register's JSON shows it: number, date, check number,
+// type, texts, flags, amount and split lines, and its running balance
+// (from the account's last CacheRunningBalances) when `withBalance`.
+nlohmann::json EntryJson(const TARNAccount& account, const TARNAccountEntry& entry,
+                         bool withBalance = true);
+// The account's balance, resolved and unresolved balances.
+nlohmann::json BalancesJson(const TARNAccount& account);
 
 }  // namespace tarn::cli

@@ -21,5 +21,6 @@ void AddBookCommands(CLI::App& app, Chosen& chosen, const GlobalOptions& global)
 void AddViewCommands(CLI::App& app, Chosen& chosen, const GlobalOptions& global);
 void AddEntryCommands(CLI::App& app, Chosen& chosen, const GlobalOptions& global);
 void AddImportCommands(CLI::App& app, Chosen& chosen, const GlobalOptions& global);
+void AddSummaryCommands(CLI::App& app, Chosen& chosen, const GlobalOptions& global);
 
 }  // namespace tarn::cli

@@ -18,6 +18,7 @@
 #include "tarn/platform/error.h"
 #include "tarn/platform/plist_file.h"
 #include "tools/commands.h"
+#include "tools/progress.h"
 
 namespace tarn::cli {
 
@@ -119,7 +120,15 @@ void AddAccount(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
     if (options->password) added->SetPassword(PasswordFromUser(added->GetName()));
     book.save();
     if (global.json) {
-      PrintJson({{"account", added->GetName()}, {"number", added->GetNumber()}});
+      nlohmann::json result = {{"action", "added"},
+                               {"account", added->GetName()},
+                               {"number", added->GetNumber()},
+                               {"currency", added->currency()->code()},
+                               {"startingBalance", Money(added->GetStartingBalance())},
+                               {"startingCheckNumber", added->GetStartingCheckNumber()},
+                               {"password", added->HasPassword()},
+                               {"balances", BalancesJson(*added)}};
+      PrintJson(result);
     } else {
       fmt::print("Added the account {} to {}\n", added->GetName(), options->path);
     }
@@ -133,13 +142,19 @@ void AddAccount(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
   add->add_flag("--password", options->password,
                 "Protect the account with a password (asked, or TARN_PASSWORD)");
 
-  auto* password =
-      AddCommand(*account, chosen, "password", "Set or clear an account's password", [options]() {
+  auto* password = AddCommand(
+      *account, chosen, "password", "Set or clear an account's password", [options, &global]() {
         auto book = OpenBook::ForChange(options->path);
         auto found = book.account(options->name);
         book.unlock(*found);
         found->SetPassword(options->clear ? std::string() : PasswordFromUser(found->GetName()));
         book.save();
+        if (global.json) {
+          return PrintJson({{"action", options->clear ? "cleared password" : "set password"},
+                            {"account", found->GetName()},
+                            {"number", found->GetNumber()},
+                            {"password", found->HasPassword()}});
+        }
         fmt::print("{} the password of {}\n", options->clear ? "Cleared" : "Set", found->GetName());
       });
   password->add_option("BOOK", options->path, "The book")->required();
@@ -203,12 +218,20 @@ void AddAccounts(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
 
 // --- categories --------------------------------------------------------------
 
+nlohmann::json CategoryJson(const TARNAccountEntryCategory& category, std::size_t uses) {
+  return {{"name", category.fullName()}, {"number", category.number()}, {"uses", uses}};
+}
+
+nlohmann::json CategoryJson(TARNBook& book, const TARNAccountEntryCategory& category) {
+  return CategoryJson(category, book.categoryUseCount(category));
+}
+
 void PrintCategory(TARNBook& book, const TARNAccountEntryCategory& category, int depth,
                    Table& table, nlohmann::json& list) {
   const std::size_t uses = book.categoryUseCount(category);
   table.add({std::string(static_cast<std::size_t>(depth) * 2, ' ') + category.name(),
              std::to_string(category.number()), std::to_string(uses)});
-  list.push_back({{"name", category.fullName()}, {"number", category.number()}, {"uses", uses}});
+  list.push_back(CategoryJson(category, uses));
   for (const auto& child : category.children()) PrintCategory(book, *child, depth + 1, table, list);
 }
 
@@ -238,12 +261,21 @@ void AddCategories(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
             }
             auto added = book->addCategoryPath(options->add);
             book.save();
+            if (global.json) {
+              return PrintJson({{"action", "added"}, {"category", CategoryJson(*book, *added)}});
+            }
             fmt::print("Added the category {}\n", added->fullName());
           } else if (!options->rename.empty()) {
             if (options->to.empty()) throw UsageError("--rename needs --to NAME");
             auto category = find(options->rename, "--rename");
+            const std::string before = category->fullName();
             book->renameCategory(*category, options->to);
             book.save();
+            if (global.json) {
+              return PrintJson({{"action", "renamed"},
+                                {"from", before},
+                                {"category", CategoryJson(*book, *category)}});
+            }
             fmt::print("Renamed {} to {}\n", options->rename, category->fullName());
           } else if (!options->remove.empty()) {
             auto category = find(options->remove, "--remove");
@@ -256,8 +288,16 @@ void AddCategories(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
                   options->path, uses, category->fullName()));
             }
             const std::string name = category->fullName();
+            const std::int32_t number = category->number();
             const std::size_t moved = book->removeCategory(category, target.get());
             book.save();
+            if (global.json) {
+              return PrintJson(
+                  {{"action", "removed"},
+                   {"category", {{"name", name}, {"number", number}}},
+                   {"moved", moved},
+                   {"movedTo", target ? CategoryJson(*book, *target) : nlohmann::json(nullptr)}});
+            }
             fmt::print(
                 "Removed {}{}\n", name,
                 moved ? fmt::format("; {} entries now in {}", moved, target->fullName()) : "");
@@ -427,15 +467,15 @@ void AddSample(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
         if (Exists(options->path) && !options->force) {
           throw Failure(options->path + ": already exists; not overwritten (use --force)");
         }
-        if (options->entries > 2000 && ErrorIsTerminal()) {
-          fmt::print(stderr, "Making {} entries...\n", options->entries);
-        }
+        ProgressReporter progress;
         SampleBookOptions sample;
         sample.years = options->years;
         sample.seed = options->seed;
         sample.entries = options->entries;
+        sample.progress = progress.handler();
         auto book = MakeSampleBook(sample);
         book->setFormat(options->xml ? plist::Format::Xml : plist::Format::Binary);
+        book->setProgressHandler(progress.handler());
         try {
           // A replaced book is kept as the backup, like any other save.
           BookLock lock(options->path);
@@ -443,6 +483,8 @@ void AddSample(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
         } catch (const FileError& error) {
           throw Failure(error.what());
         }
+        book->setProgressHandler({});
+        progress.finish();
         std::size_t entries = 0;
         for (const auto& account : book->accounts()) entries += account->GetAllEntries().size();
         if (global.json) {

@@ -1,5 +1,6 @@
 // Commands that change entries: add, edit, void and remove.
 
+#include <cctype>
 #include <memory>
 #include <string>
 #include <vector>
@@ -175,17 +176,24 @@ std::optional<double> Exchanged(const EntryOptions& options) {
   return ParseAmount(options.exchanged, "--exchanged-amount");
 }
 
-void Report(const GlobalOptions& global, const std::string& verb, const TARNAccount& account,
-            const TARNAccountEntry& entry, const std::shared_ptr<TARNAccountEntry>& mirror) {
+// What a change did: a line of text, or as JSON the entry as it now stands
+// (as it stood, for a removed one), the account's new balances, and the same
+// for the other half of a transfer.
+void Report(const GlobalOptions& global, const std::string& verb, TARNAccount& account,
+            const TARNAccountEntry& entry, const std::shared_ptr<TARNAccountEntry>& mirror,
+            bool removed = false) {
   if (global.json) {
-    nlohmann::json result = {{"account", account.GetName()},
-                             {"entry", entry.GetNumber()},
-                             {"date", FormatDate(entry.GetDate())},
-                             {"amount", Money(entry.GetAmount())}};
-    if (mirror && mirror->GetAccount()) {
-      result["transfer"] = {{"account", mirror->GetAccount()->GetName()},
-                            {"entry", mirror->GetNumber()}};
-    }
+    auto side = [removed](TARNAccount& owner, const TARNAccountEntry& changed) {
+      if (!removed) owner.CacheRunningBalances();
+      return nlohmann::json{{"account", owner.GetName()},
+                            {"entry", EntryJson(owner, changed, !removed)},
+                            {"balances", BalancesJson(owner)}};
+    };
+    nlohmann::json result = side(account, entry);
+    std::string action = verb;
+    for (char& c : action) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    result["action"] = action;
+    if (mirror && mirror->GetAccount()) result["transfer"] = side(*mirror->GetAccount(), *mirror);
     return PrintJson(result);
   }
   std::string line =
@@ -333,7 +341,7 @@ void AddVoidAndRemove(CLI::App& app, Chosen& chosen, const GlobalOptions& global
                               auto mirror = LinkedEntry(*book, *entry);
                               RemoveEntryAndTransfer(*book, *account, entry);
                               book.save();
-                              Report(global, "Removed", *account, *entry, mirror);
+                              Report(global, "Removed", *account, *entry, mirror, true);
                             });
   AddEntryPositionals(*remove, *removeOptions);
 }

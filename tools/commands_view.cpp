@@ -99,28 +99,7 @@ struct RegisterPrinter {
                EntryCategoryText(account, entry), entry.GetCleared() ? "R" : "",
                Colored(FormatAmount(account, amount), amount < 0),
                Colored(FormatAmount(account, balance), balance < 0)});
-    nlohmann::json splits = nlohmann::json::array();
-    for (const auto& item : entry.splitLineItems()) {
-      auto category = account.accountEntryCategoryForNumber(item->category());
-      splits.push_back({{"category", category ? category->fullName() : ""},
-                        {"description", item->description()},
-                        {"amount", Money(item->amount())}});
-    }
-    rows.push_back({{"number", entry.GetNumber()},
-                    {"date", FormatDate(entry.GetDate())},
-                    {"checkNumber", entry.IsCheck() ? nlohmann::json(entry.GetCheckNumber())
-                                                    : nlohmann::json(nullptr)},
-                    {"type", EntryTypeName(account, entry)},
-                    {"description", entry.GetDescription()},
-                    {"toFrom", entry.GetToFrom()},
-                    {"category", EntryCategoryText(account, entry)},
-                    {"resolved", entry.GetCleared() != 0},
-                    {"taxDeductible", entry.GetTaxDeductible()},
-                    {"void", entry.GetVoid()},
-                    {"transfer", entry.IsLinked()},
-                    {"amount", Money(amount)},
-                    {"balance", Money(balance)},
-                    {"splits", splits}});
+    rows.push_back(EntryJson(account, entry));
   }
 };
 
@@ -305,6 +284,10 @@ void AddReconcile(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
         };
         mark(options->clear, 1, "--clear");
         mark(options->unclear, 0, "--unclear");
+        nlohmann::json changed = nlohmann::json::object();
+        if (!options->clear.empty()) changed["resolved"] = options->clear;
+        if (!options->unclear.empty()) changed["unresolved"] = options->unclear;
+        if (!options->statement.empty()) changed["statementBalance"] = true;
         if (change) book.save();
         const double statement = account->statementBalance();
         const double resolved = account->GetResolvedBalance();
@@ -319,7 +302,8 @@ void AddReconcile(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
                                difference == 0 ? " (reconciled)" : "")},
                   {{"statementBalance", Money(statement)},
                    {"resolvedBalance", Money(resolved)},
-                   {"difference", Money(difference)}});
+                   {"difference", Money(difference)},
+                   {"changed", changed}});
       });
   command->add_option("BOOK", options->path, "The book")->required();
   command->add_option("ACCOUNT", options->account, "The account")->required();
@@ -482,9 +466,13 @@ void AddSchedules(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {
         if (global.json) {
           nlohmann::json result = {{"schedules", list}};
           if (options->enter) {
-            nlohmann::json numbers = nlohmann::json::array();
-            for (const auto& entry : entered) numbers.push_back(entry->GetNumber());
-            result["entered"] = numbers;
+            // The entries as they now stand in the register, with the
+            // balances they lead to.
+            account->CacheRunningBalances();
+            nlohmann::json added = nlohmann::json::array();
+            for (const auto& entry : entered) added.push_back(EntryJson(*account, *entry));
+            result["entered"] = added;
+            result["balances"] = BalancesJson(*account);
           }
           return PrintJson(result);
         }

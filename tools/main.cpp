@@ -35,6 +35,7 @@ int main(int argc, char** argv) {
   AddViewCommands(app, chosen, global);
   AddEntryCommands(app, chosen, global);
   AddImportCommands(app, chosen, global);
+  AddSummaryCommands(app, chosen, global);
 
   try {
     try {

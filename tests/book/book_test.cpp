@@ -11,12 +11,14 @@
 #include <filesystem>
 #include <fstream>
 #include <thread>
+#include <vector>
 
 #include <unistd.h>
 
 #include "tarn/account/account.h"
 #include "tarn/book/book_entries.h"
 #include "tarn/book/book_lock.h"
+#include "tarn/book/book_progress.h"
 #include "tarn/book/sample_book.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/model/account_schedule.h"
@@ -310,6 +312,116 @@ TEST_F(BookTest, TheSampleIsTheSameForTheSameOptionsAndPadsToACount) {
       }
     }
   }
+}
+
+// What a host showing progress hears: every step of opening, saving and
+// making a sample, with counts that only grow and end at their totals, and
+// the same book as without a handler.
+TEST_F(BookTest, ProgressReportsEachStepUpToItsTotal) {
+  struct Heard {
+    std::string step, unit;
+    std::uint64_t done, total;
+  };
+  std::vector<Heard> heard;
+  auto listen = [&heard](const TARNBookProgress& progress) {
+    heard.push_back(
+        {std::string(progress.step), std::string(progress.unit), progress.done, progress.total});
+  };
+  // The counts of one step never go back and never pass the total; the step
+  // ends at its total.
+  auto checkSteps = [&heard]() {
+    for (std::size_t i = 0; i < heard.size(); ++i) {
+      SCOPED_TRACE(heard[i].step);
+      EXPECT_LE(heard[i].done, heard[i].total);
+      const bool last = i + 1 == heard.size() || heard[i + 1].step != heard[i].step;
+      if (last) {
+        EXPECT_EQ(heard[i].done, heard[i].total);
+      } else {
+        EXPECT_LE(heard[i].done, heard[i + 1].done);
+      }
+    }
+  };
+
+  SampleBookOptions options;
+  options.years = 1;
+  options.entries = 20000;
+  options.progress = listen;
+  auto made = MakeSampleBook(options);
+  checkSteps();
+  ASSERT_FALSE(heard.empty());
+  EXPECT_EQ(heard.front().step, "Making the household's months");
+  EXPECT_EQ(heard.back().step, "Making entries");
+  EXPECT_GT(heard.size(), 3u) << "the padding reports as it goes, not only at the end";
+  options.progress = nullptr;
+  EXPECT_EQ(made->asDictionary(), MakeSampleBook(options)->asDictionary());
+
+  // One of the accounts in a folder too: folder entries count as loaded.
+  const std::string file = path("big.tarn");
+  made->saveAs(file);
+  heard.clear();
+  auto book = TARNBook::open(file, listen);
+  checkSteps();
+  ASSERT_GE(heard.size(), 2u);
+  EXPECT_EQ(heard.front().step, "Reading");
+  EXPECT_EQ(heard.front().total, 0u) << "reading cannot say how far it is";
+  EXPECT_EQ(heard.back().step, "Loading accounts");
+  EXPECT_EQ(heard.back().unit, "entries");
+  std::uint64_t entries = 0;
+  for (const auto& account : book->accounts()) entries += account->GetAllEntries().size();
+  EXPECT_EQ(heard.back().total, entries);
+  // One report before the accounts and one after each.
+  EXPECT_EQ(heard.size(), 2 + book->accounts().size());
+
+  heard.clear();
+  book->setProgressHandler(listen);
+  book->save();
+  ASSERT_FALSE(heard.empty());
+  EXPECT_EQ(heard.back().step, "Writing");
+  heard.pop_back();
+  checkSteps();
+  EXPECT_EQ(heard.back().step, "Preparing");
+  EXPECT_EQ(heard.back().total, book->accounts().size());
+  EXPECT_EQ(TARNBook::open(file)->asDictionary(), book->asDictionary());
+
+  // A bare account file reports its one account's entries.
+  const std::string old = path("old.plist");
+  fs::copy_file(TARN_TEST_DATA_DIR "/book/account_version6_seconds_dates.plist", old);
+  heard.clear();
+  TARNBook::open(old, listen);
+  checkSteps();
+  EXPECT_EQ(heard.back().step, "Loading accounts");
+  EXPECT_EQ(heard.back().total, 3u);
+}
+
+// Currency dictionaries that lack their code (here in the book's list and in
+// both accounts) read as the default code: the accounts share the book's
+// currency of that code instead of each adding a twin, so the codes stay
+// unique and a second open and save gives the same book.
+TEST_F(BookTest, CurrenciesWithoutACodeAreSharedNotDuplicated) {
+  auto original = sample();
+  plist::Value dictionary = original->asDictionary();
+  auto& root = dictionary.mutableDictionary();
+  for (auto& currency : root.at("currencies").mutableArray()) {
+    currency.mutableDictionary().erase("code");
+  }
+  for (auto& account : root.at("accounts").mutableArray()) {
+    account.mutableDictionary().at("currency").mutableDictionary().erase("code");
+  }
+  auto book = TARNBook::initWithDictionary(dictionary, "no codes");
+  ASSERT_EQ(book->currencies().size(), 1u);
+  for (const auto& account : book->accounts()) EXPECT_EQ(account->currency(), book->currency());
+  const plist::Value saved = book->asDictionary();
+  EXPECT_EQ(TARNBook::initWithDictionary(saved, "saved")->asDictionary(), saved);
+
+  // The file the book fuzzer found it with (other keys damaged too).
+  const std::string file = path("found.tarn");
+  fs::copy_file(TARN_TEST_DATA_DIR "/book/book_currencies_without_code_mutated.tarn", file);
+  auto found = TARNBook::open(file);
+  EXPECT_EQ(found->currencies().size(), 1u);
+  found->save();
+  const plist::Value first = plist::ReadFile(file);
+  TARNBook::open(file)->save();
+  EXPECT_EQ(plist::ReadFile(file), first);
 }
 
 }  // namespace

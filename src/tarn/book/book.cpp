@@ -56,6 +56,24 @@ std::shared_ptr<TARNAccount> OpenAccount(const plist::Value& dictionary,
   return account;
 }
 
+constexpr std::string_view kLoadingStep = "Loading accounts";
+
+// The entries an account dictionary holds in its register and folders, for
+// progress: what loading it costs.
+std::uint64_t EntryCount(const plist::Value& account) {
+  std::uint64_t count = 0;
+  if (const plist::Value* entries = account.find("entries"); entries && entries->isArray()) {
+    count += entries->arrayValue().size();
+  }
+  if (const plist::Value* folders = account.find("folders"); folders && folders->isArray()) {
+    for (const auto& folder : folders->arrayValue()) {
+      const plist::Value* entries = folder.find("entries");
+      if (entries && entries->isArray()) count += entries->arrayValue().size();
+    }
+  }
+  return count;
+}
+
 template <typename Visit>
 void ForEachEntry(const TARNAccount& account, Visit&& visit) {
   for (const auto& entry : account.GetEntries()) visit(*entry);
@@ -78,9 +96,11 @@ TARNBook::TARNBook() : defaultCurrency_(MakeUSDollar()) {
 
 TARNBook::~TARNBook() = default;
 
-std::unique_ptr<TARNBook> TARNBook::open(const std::string& path) {
+std::unique_ptr<TARNBook> TARNBook::open(const std::string& path,
+                                         const TARNBookProgressHandler& progress) {
   plist::Value root;
   try {
+    ReportProgress(progress, "Reading");
     root = plist::ReadFile(path);
   } catch (const FileError& error) {
     // A binary property list whose trailer or tables make no sense was
@@ -93,10 +113,13 @@ std::unique_ptr<TARNBook> TARNBook::open(const std::string& path) {
   }
   std::unique_ptr<TARNBook> book;
   if (root.isDictionary() && !root.find(kKeyAccounts) && LooksLikeAccount(root)) {
+    const std::uint64_t entries = EntryCount(root);
+    ReportProgress(progress, kLoadingStep, "entries", 0, entries);
     book = std::make_unique<TARNBook>();
     book->adoptBareAccount(std::move(root));
+    ReportProgress(progress, kLoadingStep, "entries", entries, entries);
   } else {
-    book = initWithDictionary(root, path);
+    book = load(root, path, progress);
   }
   book->path_ = path;
   // Keep writing the file in the form it was found in.
@@ -113,6 +136,11 @@ std::unique_ptr<TARNBook> TARNBook::open(const std::string& path) {
 
 std::unique_ptr<TARNBook> TARNBook::initWithDictionary(const plist::Value& dictionary,
                                                        const std::string& name) {
+  return load(dictionary, name, {});
+}
+
+std::unique_ptr<TARNBook> TARNBook::load(const plist::Value& dictionary, const std::string& name,
+                                         const TARNBookProgressHandler& progress) {
   if (!dictionary.isDictionary() || !dictionary.find(kKeyVersion)) {
     throw FileError(name, "not a Tarn book (no \"bookVersion\" key)");
   }
@@ -125,7 +153,7 @@ std::unique_ptr<TARNBook> TARNBook::initWithDictionary(const plist::Value& dicti
   auto book = std::make_unique<TARNBook>();
   book->loadCurrencies(dictionary);
   book->loadCategories(dictionary);
-  book->loadAccounts(dictionary, name);
+  book->loadAccounts(dictionary, name, progress);
   book->loadIdentifiers(dictionary);
   return book;
 }
@@ -190,15 +218,25 @@ void TARNBook::loadCategories(const plist::Value& dictionary) {
             [](const auto& a, const auto& b) { return a->nameIsGreaterThan(*b) < 0; });
 }
 
-void TARNBook::loadAccounts(const plist::Value& dictionary, const std::string& name) {
+void TARNBook::loadAccounts(const plist::Value& dictionary, const std::string& name,
+                            const TARNBookProgressHandler& progress) {
   const plist::Value* list = dictionary.find(kKeyAccounts);
   if (!list) return;
   if (!list->isArray()) throw FileError(name, "\"accounts\" is not an array");
+  std::uint64_t total = 0;
+  if (progress) {
+    for (const auto& item : list->arrayValue()) total += EntryCount(item);
+  }
+  std::uint64_t done = 0;
+  ReportProgress(progress, kLoadingStep, "entries", done, total);
   for (const auto& item : list->arrayValue()) {
     if (!item.isDictionary()) throw FileError(name, "an account is not a dictionary");
     plist::Value copy = item;
     TARNAccount::UpdateAccountDictionary(copy);
     accounts_.push_back(OpenAccount(copy, this));
+    shareCurrencyOf(*accounts_.back());
+    done += EntryCount(item);
+    ReportProgress(progress, kLoadingStep, "entries", done, total);
   }
 }
 
@@ -224,15 +262,31 @@ void TARNBook::adoptBareAccount(plist::Value dictionary) {
   bareAccount_ = true;
   TARNAccount::UpdateAccountDictionary(dictionary);
   auto account = OpenAccount(dictionary, this);
+  shareCurrencyOf(*account);
   if (account->GetNumber() < 0) account->SetNumber(0);
   accounts_.push_back(std::move(account));
+}
+
+void TARNBook::shareCurrencyOf(TARNAccount& account) {
+  const std::shared_ptr<PFCurrency> own = account.currency();
+  if (!own) return;
+  for (const auto& currency : currencies_) {
+    if (currency != own && CaseInsensitiveEqual(currency->code(), own->code())) {
+      account.setCurrency(currency);
+      std::erase(currencies_, own);
+      return;
+    }
+  }
 }
 
 plist::Value TARNBook::asDictionary() const {
   plist::Dictionary root;
   plist::Array accounts;
   accounts.reserve(accounts_.size());
-  for (const auto& account : accounts_) accounts.push_back(account->asDictionary());
+  for (const auto& account : accounts_) {
+    accounts.push_back(account->asDictionary());
+    ReportProgress(progress_, "Preparing", "accounts", accounts.size(), accounts_.size());
+  }
   root.emplace(kKeyAccounts, std::move(accounts));
   plist::Array categories;
   for (const auto& category : categories_) categories.push_back(category->asDictionary());
@@ -253,8 +307,11 @@ plist::Value TARNBook::asDictionary() const {
 }
 
 void TARNBook::write(const std::string& path) const {
+  ReportProgress(progress_, "Preparing", "accounts", 0, accounts_.size());
   const plist::Value value =
       bareAccount_ && accounts_.size() == 1 ? accounts_.front()->asDictionary() : asDictionary();
+  ReportProgress(progress_, "Preparing", "accounts", accounts_.size(), accounts_.size());
+  ReportProgress(progress_, "Writing");
   const std::string backup = BackupPath(path);
   struct stat info {};
   if (::stat(path.c_str(), &info) == 0) {

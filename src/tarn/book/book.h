@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "tarn/account/accounts_controller.h"
+#include "tarn/book/book_progress.h"
 #include "tarn/platform/plist_file.h"
 #include "tarn/platform/value.h"
 
@@ -45,8 +46,10 @@ class TARNBook : public TARNAccountsController {
   // version (which becomes a book of that one account). Throws FileError
   // naming the file when it is missing, unreadable, truncated, not a
   // property list or neither a book nor an account. The book remembers the
-  // file and its format, for save().
-  static std::unique_ptr<TARNBook> open(const std::string& path);
+  // file and its format, for save(). `progress` hears of the reading and
+  // of the accounts' loading, entry by entry in steps of whole accounts.
+  static std::unique_ptr<TARNBook> open(const std::string& path,
+                                        const TARNBookProgressHandler& progress = {});
   // A book from its dictionary; `name` names the source in errors.
   static std::unique_ptr<TARNBook> initWithDictionary(const plist::Value& dictionary,
                                                       const std::string& name);
@@ -68,6 +71,8 @@ class TARNBook : public TARNAccountsController {
   // refuses to replace an existing file there unless told to. Throws FileError.
   void save();
   void saveAs(const std::string& path, bool replace = false);
+  // Hears of the saves' steps (each account prepared, then the writing).
+  void setProgressHandler(TARNBookProgressHandler handler) { progress_ = std::move(handler); }
   static std::string BackupPath(const std::string& path) { return path + ".bak"; }
 
   // --- Accounts ------------------------------------------------------------
@@ -128,11 +133,20 @@ class TARNBook : public TARNAccountsController {
   void rememberImportedIdentifier(std::int32_t accountNumber, std::string identifier);
 
  private:
+  static std::unique_ptr<TARNBook> load(const plist::Value& dictionary, const std::string& name,
+                                        const TARNBookProgressHandler& progress);
   void loadCurrencies(const plist::Value& dictionary);
   void loadCategories(const plist::Value& dictionary);
-  void loadAccounts(const plist::Value& dictionary, const std::string& name);
+  void loadAccounts(const plist::Value& dictionary, const std::string& name,
+                    const TARNBookProgressHandler& progress);
   void loadIdentifiers(const plist::Value& dictionary);
   void adoptBareAccount(plist::Value dictionary);
+  // An account asks the book for its currency by the stored "code" and adds
+  // its own currency when the book has none of that code; a dictionary
+  // without the code adds one whose code (the default) the book may already
+  // have. Such a twin gives way to the book's currency, so that codes stay
+  // unique in the list and the accounts share one currency.
+  void shareCurrencyOf(TARNAccount& account);
   void write(const std::string& path) const;
 
   std::string path_;
@@ -143,6 +157,7 @@ class TARNBook : public TARNAccountsController {
   Currencies currencies_;
   std::shared_ptr<PFCurrency> defaultCurrency_;
   std::map<std::int32_t, std::set<std::string>> importedIdentifiers_;
+  TARNBookProgressHandler progress_;
 };
 
 }  // namespace tarn

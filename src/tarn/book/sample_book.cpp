@@ -34,6 +34,9 @@ namespace {
 
 using Type = TARNAccountEntryType;
 
+// Padding entries between two progress reports.
+constexpr std::int64_t kPaddingReportEvery = 8192;
+
 class Random {
  public:
   explicit Random(std::uint64_t seed) : state_(seed) {}
@@ -176,11 +179,16 @@ class Household {
   }
 
   // Extra everyday purchases, spread evenly over [first, last].
-  void padding(std::int64_t count, DateNumber first, DateNumber last) {
+  void padding(std::int64_t count, DateNumber first, DateNumber last,
+               const TARNBookProgressHandler& progress) {
     const CalendarDate start = CalendarDate::dateWithDateNumber(first);
     const std::int64_t span =
         CalendarDate::dateWithDateNumber(last).daysSince1970() - start.daysSince1970() + 1;
+    const auto total = static_cast<std::uint64_t>(count);
     for (std::int64_t i = 0; i < count; ++i) {
+      if (i % kPaddingReportEvery == 0) {
+        ReportProgress(progress, "Making entries", "entries", static_cast<std::uint64_t>(i), total);
+      }
       const DateNumber date =
           start.dateByAddingYears(0, 0, static_cast<int>(i * span / count)).dateNumber();
       if (i % 3 == 0) {
@@ -193,6 +201,7 @@ class Household {
             "Coffee");
       }
     }
+    ReportProgress(progress, "Making entries", "entries", total, total);
   }
 
   void schedules(DateNumber first, DateNumber last) {
@@ -321,20 +330,27 @@ class Household {
 std::unique_ptr<TARNBook> MakeSampleBook(const SampleBookOptions& options) {
   const DateNumber today = options.today ? options.today : CalendarDate::now().dateNumber();
   auto book = std::make_unique<TARNBook>();
-  Household household(*book, {options.years, options.seed, options.entries, today});
+  SampleBookOptions resolved = options;
+  resolved.today = today;
+  Household household(*book, resolved);
 
   const CalendarDate thisMonth(today / 10000, today / 100 % 100, 1);
   const int months = std::max(1, options.years * 12);
   const CalendarDate start = thisMonth.dateByAddingYears(0, -months, 0);
   for (int i = 0; i < months; ++i) {
+    ReportProgress(options.progress, "Making the household's months", "months",
+                   static_cast<std::uint64_t>(i), static_cast<std::uint64_t>(months));
     const CalendarDate month = start.dateByAddingYears(0, i, 0);
     household.month(month.yearOfCommonEra(), month.monthOfYear());
   }
+  ReportProgress(options.progress, "Making the household's months", "months",
+                 static_cast<std::uint64_t>(months), static_cast<std::uint64_t>(months));
   const DateNumber first = start.dateNumber();
   const DateNumber last = thisMonth.dateByAddingYears(0, 0, -1).dateNumber();
   household.folderAndSmartFolders();
   const std::int64_t natural = household.entryCount();
-  if (options.entries > natural) household.padding(options.entries - natural, first, last);
+  if (options.entries > natural)
+    household.padding(options.entries - natural, first, last, options.progress);
   household.schedules(first, last);
   household.clearOlderThan(thisMonth.dateByAddingYears(0, -1, 0).dateNumber());
   return book;

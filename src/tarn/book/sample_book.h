@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "tarn/book/book_progress.h"
 #include "tarn/platform/calendar_date.h"
 
 namespace tarn {
@@ -22,6 +23,8 @@ struct SampleBookOptions {
   // spread over the period bring the book to this many entries.
   std::int64_t entries = 0;
   DateNumber today = 0;  // 0: CalendarDate::now()
+  // Hears of the months made, then of the padding entries.
+  TARNBookProgressHandler progress;
 };
 
 std::unique_ptr<TARNBook> MakeSampleBook(const SampleBookOptions& options);
