@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tarn/platform/encodings.h"
 
@@ -47,6 +48,15 @@ class ForwardFinder {
   std::size_t found_ = 0;
   bool searched_ = false;
 };
+
+// The fields of one comma-separated line, as CSVLineComponents splits it
+// (double quotes around a field, a doubled quote inside standing for one,
+// text after a closing quote kept up to the next comma), as views: into the
+// line where a field is a stretch of it, else into `scratch`, which the call
+// reserves for the whole line so that its views stay valid until the next
+// call with it.
+void CSVLineFields(std::string_view line, std::vector<std::string_view>& fields,
+                   std::string& scratch);
 
 // The text of a file decoded from an encoding; when the bytes are not valid in
 // it, decoded as the bytes suggest: a byte-order mark, else UTF-8 when valid,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <unordered_set>
 
@@ -15,10 +16,47 @@ namespace {
 
 constexpr std::string_view kTypeMarker = "!Type:";
 constexpr std::string_view kAccountHeader = "!Account\r";
-constexpr std::string_view kSectionEnd = "\r!";
 constexpr std::string_view kCategorySection = "!Type:Cat\r";
 constexpr std::string_view kAutoSwitchStart = "!Option:AutoSwitch";
 constexpr std::string_view kAutoSwitchEnd = "!Clear:AutoSwitch\r";
+
+// The keys of an import entry dictionary.
+constexpr std::string_view kAmountKey = "amount";
+constexpr std::string_view kCategoryKey = "category";
+constexpr std::string_view kClearedKey = "cleared";
+constexpr std::string_view kDateKey = "date";
+constexpr std::string_view kDescriptionKey = "description";
+constexpr std::string_view kIsDepositKey = "isDeposit";
+constexpr std::string_view kNumberKey = "number";
+constexpr std::string_view kSplitsKey = "splits";
+constexpr std::string_view kToFromKey = "toFrom";
+
+// The end of a section: the next line that begins with "!", that is the
+// position of the next "\r!" at or after `from` (the text's size when there
+// is none). Searched by its rare "!", not by the carriage return that
+// begins every line.
+std::size_t SectionEnd(std::string_view text, std::size_t from) {
+  for (std::size_t at = from + 1; at < text.size(); ++at) {
+    const void* found = std::memchr(text.data() + at, '!', text.size() - at);
+    if (found == nullptr) break;
+    at = static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+    if (text[at - 1] == '\r') return at - 1;
+  }
+  return text.size();
+}
+
+// How many records a list holds: its carets.
+std::size_t CountRecords(std::string_view list) {
+  std::size_t count = 0;
+  const char* at = list.data();
+  const char* const end = list.data() + list.size();
+  while (
+      (at = static_cast<const char*>(std::memchr(at, '^', static_cast<std::size_t>(end - at))))) {
+    ++count;
+    ++at;
+  }
+  return count;
+}
 
 // One line of a record: the text after its one-letter code, and whether the
 // record ends without a carriage return after it.
@@ -146,10 +184,10 @@ void TARNQIFImport::SetDataString(std::optional<std::string> text) {
   dataString_.clear();
   entryCategoriesListString_.clear();
   if (!text) {
-    error_ = kQIFImportNoData;
+    SetError(kQIFImportNoData);
     return;
   }
-  error_ = kQIFImportNoError;
+  SetError(kQIFImportNoError);
   std::string working = NormaliseImportLineEnds(*text);
   text.reset();
   SaveEntryCategoriesListString(working);
@@ -159,7 +197,7 @@ void TARNQIFImport::SetDataString(std::optional<std::string> text) {
     const std::size_t clear = working.find(kAutoSwitchEnd, autoSwitch);
     if (clear == std::string::npos) {
       Log("No end to !Option:AutoSwitch tag in [TARNQIFImport SetDataString:].");
-      error_ = kQIFImportUnterminatedAutoSwitch;
+      SetError(kQIFImportUnterminatedAutoSwitch);
       RemoveInvalidAccounts();
       return;
     }
@@ -168,14 +206,6 @@ void TARNQIFImport::SetDataString(std::optional<std::string> text) {
   }
   dataString_ = std::move(working);
   RemoveInvalidAccounts();
-}
-
-void TARNQIFImport::SetDecimalSeparator(std::optional<std::string> separator) {
-  if (separator) decimalSeparator_ = std::move(*separator);
-}
-
-void TARNQIFImport::SetThousandsSeparator(std::optional<std::string> separator) {
-  if (separator) thousandsSeparator_ = std::move(*separator);
 }
 
 void TARNQIFImport::SetSettings(const QIFImportSettings& settings, std::string dateFormat) {
@@ -227,25 +257,37 @@ void TARNQIFImport::RemoveInvalidAccounts() {
 
 plist::Array TARNQIFImport::EntryListStringToEntries(std::string_view list) const {
   plist::Array entries;
-  ForEachRecord(list, [&](std::string_view record) {
-    plist::Value entry = EntryStringToEntry(record);
-    if (!entry.isNil()) entries.push_back(std::move(entry));
-  });
+  entries.reserve(CountRecords(list));
+  AppendEntries(list, entries, nullptr);
   return entries;
 }
 
+void TARNQIFImport::AppendEntries(std::string_view list, plist::Array& entries,
+                                  std::vector<std::string_view>* categories) const {
+  ForEachRecord(list, [&](std::string_view record) {
+    plist::Value entry = EntryOf(record, categories);
+    if (!entry.isNil()) entries.push_back(std::move(entry));
+  });
+}
+
 plist::Value TARNQIFImport::EntryStringToEntry(std::string_view record) const {
+  return EntryOf(record, nullptr);
+}
+
+plist::Value TARNQIFImport::EntryOf(std::string_view record,
+                                    std::vector<std::string_view>* categories) const {
   if (IsBlank(record)) return {};
   // The first line of each code, as a search for "\r" and the code from the
   // record's start finds it; split lines are all kept, in order.
   std::optional<std::string_view> date, amount, payee, memo, category, number;
   bool cleared = false;
   bool seen[128] = {};
+  const bool splitLines = GetImportSplitLineItems();
   std::vector<std::string_view> splitCategories, splitDescriptions, splitAmounts;
   ForEachRecordLine(record, [&](const RecordLine& line) {
     const auto code = static_cast<unsigned char>(line.code);
     if (code == 'S' || code == 'E' || code == '$') {
-      if (!importSplitLineItems_ || (line.text.empty() && line.last)) return;
+      if (!splitLines || (line.text.empty() && line.last)) return;
       auto& list = code == 'S' ? splitCategories : code == 'E' ? splitDescriptions : splitAmounts;
       list.push_back(line.text);
       return;
@@ -281,7 +323,7 @@ plist::Value TARNQIFImport::EntryStringToEntry(std::string_view record) const {
   });
 
   double value = 0.0;
-  if (amount) value = LeadingDecimalNumber(TweakAmountString(*amount));
+  if (amount) value = options_.ReadAmount(*amount);
   // The P, M and L texts by key, in the order P, M, L, so that the later of
   // two lines sent to one key wins.
   std::optional<std::string_view> byKey[3];
@@ -303,24 +345,25 @@ plist::Value TARNQIFImport::EntryStringToEntry(std::string_view record) const {
   // Keys in ascending order, so that each one is appended.
   plist::Dictionary entry;
   entry.reserve(9);
-  entry.try_emplace("amount", value);
+  entry.try_emplace(kAmountKey, value);
   if (byKey[kImportFieldCategory]) {
-    entry.try_emplace("category", std::string(*byKey[kImportFieldCategory]));
+    entry.try_emplace(kCategoryKey, std::string(*byKey[kImportFieldCategory]));
+    if (categories) categories->push_back(*byKey[kImportFieldCategory]);
   }
-  entry.try_emplace("cleared", cleared);
-  if (date) entry.try_emplace("date", dates_.read(*date));
+  entry.try_emplace(kClearedKey, cleared);
+  if (date) entry.try_emplace(kDateKey, options_.ReadDate(*date));
   if (byKey[kImportFieldDescription]) {
-    entry.try_emplace("description", std::string(*byKey[kImportFieldDescription]));
+    entry.try_emplace(kDescriptionKey, std::string(*byKey[kImportFieldDescription]));
   }
-  entry.try_emplace("isDeposit", value != 0.0 ? value > 0.0 : importZeroAmountsAsDeposits_);
-  if (checkNumber) entry.try_emplace("number", *checkNumber);
+  entry.try_emplace(kIsDepositKey, options_.IsDeposit(value));
+  if (checkNumber) entry.try_emplace(kNumberKey, *checkNumber);
 
   if (!splitAmounts.empty()) {
     std::vector<double> amounts;
     amounts.reserve(splitAmounts.size());
     double sum = 0.0;
     for (std::string_view text : splitAmounts) {
-      amounts.push_back(LeadingDecimalNumber(TweakAmountString(text)));
+      amounts.push_back(options_.ReadAmount(text));
       sum += amounts.back();
     }
     bool keep = true;
@@ -344,22 +387,28 @@ plist::Value TARNQIFImport::EntryStringToEntry(std::string_view record) const {
       for (std::size_t i = 0; i < count; ++i) {
         plist::Dictionary split;
         split.reserve(3);
-        split.try_emplace("amount", amounts[i]);
-        split.try_emplace("category", std::string(splitCategories[i]));
-        split.try_emplace("description", std::string(splitDescriptions[i]));
+        split.try_emplace(kAmountKey, amounts[i]);
+        split.try_emplace(kCategoryKey, std::string(splitCategories[i]));
+        split.try_emplace(kDescriptionKey, std::string(splitDescriptions[i]));
         splits.emplace_back(std::move(split));
       }
-      entry.try_emplace("splits", std::move(splits));
+      entry.try_emplace(kSplitsKey, std::move(splits));
     }
   }
   if (byKey[kImportFieldToFrom])
-    entry.try_emplace("toFrom", std::string(*byKey[kImportFieldToFrom]));
+    entry.try_emplace(kToFromKey, std::string(*byKey[kImportFieldToFrom]));
   return entry;
 }
 
 plist::Array TARNQIFImport::Entries() const {
+  return EntriesOfSections(nullptr);
+}
+
+plist::Array TARNQIFImport::EntriesOfSections(std::vector<std::string_view>* categories) const {
   const std::string_view text = dataString_;
-  plist::Array entries;
+  // The bank-like sections first, then their entries in one array reserved
+  // once: a file of many sections must not grow it section by section.
+  std::vector<std::string_view> sections;
   ForwardFinder lineEnd(text, "\r");
   bool anySection = false;
   std::size_t at = text.find(kTypeMarker);
@@ -374,17 +423,21 @@ plist::Array TARNQIFImport::Entries() const {
     }
     std::size_t resume = typeStart;
     if (valid) {
-      std::size_t end = text.find(kSectionEnd, typeStart);
-      if (end == std::string_view::npos) end = text.size();
-      plist::Array section = EntryListStringToEntries(text.substr(typeStart, end - typeStart));
-      for (plist::Value& entry : section) entries.push_back(std::move(entry));
+      const std::size_t end = SectionEnd(text, typeStart);
+      sections.push_back(text.substr(typeStart, end - typeStart));
       // Go on after the section, so no record is read twice.
       resume = end;
     }
     at = text.find(kTypeMarker, resume);
   }
   // A file of bare records, with no header at all, is one bank list.
-  if (entries.empty() && !text.empty() && !anySection) return EntryListStringToEntries(text);
+  if (!anySection && !text.empty()) sections.push_back(text);
+  std::size_t records = 0;
+  for (std::string_view section : sections) records += CountRecords(section);
+  plist::Array entries;
+  entries.reserve(records);
+  if (categories) categories->reserve(records);
+  for (std::string_view section : sections) AppendEntries(section, entries, categories);
   return entries;
 }
 
@@ -402,8 +455,7 @@ plist::Array TARNQIFImport::AccountEntries(std::string_view accountText) const {
     std::size_t resume = start;
     for (std::size_t k = 0; k < types.size(); ++k) {
       if (!type.starts_with(types[k])) continue;
-      std::size_t end = accountText.find(kSectionEnd, start);
-      if (end == std::string_view::npos) end = accountText.size();
+      const std::size_t end = SectionEnd(accountText, start);
       sections.emplace_back(k, accountText.substr(start, end - start));
       resume = end;
       break;
@@ -412,11 +464,11 @@ plist::Array TARNQIFImport::AccountEntries(std::string_view accountText) const {
   }
   std::stable_sort(sections.begin(), sections.end(),
                    [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::size_t records = 0;
+  for (const auto& [type, section] : sections) records += CountRecords(section);
   plist::Array entries;
-  for (const auto& [type, section] : sections) {
-    plist::Array read = EntryListStringToEntries(section);
-    for (plist::Value& entry : read) entries.push_back(std::move(entry));
-  }
+  entries.reserve(records);
+  for (const auto& [type, section] : sections) AppendEntries(section, entries, nullptr);
   return entries;
 }
 
@@ -456,8 +508,7 @@ void TARNQIFImport::SaveEntryCategoriesListString(std::string_view text) {
   const std::size_t at = text.find(kCategorySection);
   if (at == std::string_view::npos) return;
   const std::size_t start = at + kCategorySection.size() - 1;  // from its carriage return
-  std::size_t end = text.find(kSectionEnd, start);
-  if (end == std::string_view::npos) end = text.size();
+  const std::size_t end = SectionEnd(text, start);
   entryCategoriesListString_.assign(text.substr(start, end - start));
 }
 
@@ -492,32 +543,38 @@ plist::Array TARNQIFImport::EntryTypeListStringToEntryTypes(std::string_view lis
   return types;
 }
 
-std::vector<std::string> TARNQIFImport::CategoriesOf(const plist::Array& entries) const {
+std::vector<std::string> TARNQIFImport::CategoriesOf(
+    const std::vector<std::string_view>& entryCategories) const {
   std::vector<std::string> names =
       EntryCategoryListStringToEntryCategories(entryCategoriesListString_);
   std::unordered_set<std::string> known;
   for (const std::string& name : names) known.insert(CaseFold(name));
-  for (const plist::Value& entry : entries) {
-    const plist::Value* category = entry.find("category");
-    if (!category) continue;
-    const std::string& name = category->stringValue();
-    if (known.insert(CaseFold(name)).second) names.push_back(name);
+  // A file repeats a few names many times: each distinct text is folded once.
+  std::unordered_set<std::string_view> met;
+  for (std::string_view name : entryCategories) {
+    if (!met.insert(name).second) continue;
+    if (known.insert(CaseFold(name)).second) names.emplace_back(name);
   }
   return names;
 }
 
 std::vector<std::string> TARNQIFImport::EntryCategories() const {
-  return CategoriesOf(Entries());
+  std::vector<std::string_view> categories;
+  EntriesOfSections(&categories);
+  return CategoriesOf(categories);
 }
 
 plist::Dictionary TARNQIFImport::parse() const {
   // The whole tree is built at once.
   plist::BulkStorageScope bulk;
   plist::Dictionary result;
-  plist::Array entries = Entries();
+  // The entries' category texts are gathered while they are read, so that
+  // the categories need no second walk over a million dictionaries.
+  std::vector<std::string_view> entryCategories;
+  plist::Array entries = EntriesOfSections(&entryCategories);
 
   plist::Array categories;
-  for (std::string& name : CategoriesOf(entries)) categories.emplace_back(std::move(name));
+  for (std::string& name : CategoriesOf(entryCategories)) categories.emplace_back(std::move(name));
 
   // Each named account reads its own sections, from just after its header's
   // "!" up to the next "!Account".
@@ -541,18 +598,6 @@ plist::Dictionary TARNQIFImport::parse() const {
   result.insert_or_assign("categories", std::move(categories));
   result.insert_or_assign("entries", std::move(entries));
   return result;
-}
-
-std::string TARNQIFImport::TweakAmountString(std::string_view text) const {
-  return tarn::TweakAmountString(text, decimalSeparator_, thousandsSeparator_);
-}
-
-DateComponents TARNQIFImport::DateStringComponents(std::string_view text) const {
-  return tarn::DateStringComponents(text, dateFormatString_);
-}
-
-std::string TARNQIFImport::TweakDateString(std::string_view text) const {
-  return tarn::TweakDateString(text, dateFormatString_);
 }
 
 }  // namespace tarn
