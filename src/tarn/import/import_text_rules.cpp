@@ -38,21 +38,37 @@ void ReplaceAll(std::string& text, std::string_view from, std::string_view to) {
   text = std::move(result);
 }
 
+// The 31 separator characters of a date text, as a table of bytes.
+constexpr std::array<bool, 256> kDateSeparators = [] {
+  std::array<bool, 256> table{};
+  for (const char c : std::string_view("/\\-.,*+^!@#$%&()_=[]{}|;:'\"<>`~")) {
+    table[static_cast<unsigned char>(c)] = true;
+  }
+  return table;
+}();
+
 bool IsDateSeparator(char c) {
-  constexpr std::string_view kSeparators = "/\\-.,*+^!@#$%&()_=[]{}|;:'\"<>`~";
-  return kSeparators.find(c) != std::string_view::npos;
+  return kDateSeparators[static_cast<unsigned char>(c)];
 }
 
-// Three integers, each after skipping whatever is not an ASCII digit.
+bool IsAsciiDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+// Three integers, each after skipping whatever is not an ASCII digit; a run
+// of digits beyond the 32-bit range reads as its largest value.
 DateComponents ThreeNumbersBetweenNonDigits(std::string_view text) {
+  constexpr std::int64_t kLargest = std::numeric_limits<std::int32_t>::max();
   DateComponents components{0, 0, 0};
   std::size_t i = 0;
   for (auto& component : components) {
-    while (i < text.size() && !(text[i] >= '0' && text[i] <= '9')) ++i;
+    while (i < text.size() && !IsAsciiDigit(text[i])) ++i;
     if (i == text.size()) break;
-    const std::size_t start = i;
-    while (i < text.size() && text[i] >= '0' && text[i] <= '9') ++i;
-    component = LeadingInteger(text.substr(start, i - start));
+    std::int64_t value = 0;
+    for (; i < text.size() && IsAsciiDigit(text[i]); ++i) {
+      value = std::min(value * 10 + (text[i] - '0'), kLargest);
+    }
+    component = static_cast<std::int32_t>(value);
   }
   return components;
 }

@@ -342,22 +342,7 @@ plist::Value TARNQIFImport::EntryOf(std::string_view record,
     if (read != std::numeric_limits<std::int32_t>::max()) checkNumber = read;
   }
 
-  // Keys in ascending order, so that each one is appended.
-  plist::Dictionary entry;
-  entry.reserve(9);
-  entry.try_emplace(kAmountKey, value);
-  if (byKey[kImportFieldCategory]) {
-    entry.try_emplace(kCategoryKey, std::string(*byKey[kImportFieldCategory]));
-    if (categories) categories->push_back(*byKey[kImportFieldCategory]);
-  }
-  entry.try_emplace(kClearedKey, cleared);
-  if (date) entry.try_emplace(kDateKey, options_.ReadDate(*date));
-  if (byKey[kImportFieldDescription]) {
-    entry.try_emplace(kDescriptionKey, std::string(*byKey[kImportFieldDescription]));
-  }
-  entry.try_emplace(kIsDepositKey, options_.IsDeposit(value));
-  if (checkNumber) entry.try_emplace(kNumberKey, *checkNumber);
-
+  std::optional<plist::Array> splits;
   if (!splitAmounts.empty()) {
     std::vector<double> amounts;
     amounts.reserve(splitAmounts.size());
@@ -382,21 +367,40 @@ plist::Value TARNQIFImport::EntryOf(std::string_view record,
       splitDescriptions.assign(count, std::string_view());
     }
     if (keep && splitCategories.size() == count && splitDescriptions.size() == count) {
-      plist::Array splits;
-      splits.reserve(count);
+      splits.emplace();
+      splits->reserve(count);
       for (std::size_t i = 0; i < count; ++i) {
         plist::Dictionary split;
         split.reserve(3);
-        split.try_emplace(kAmountKey, amounts[i]);
-        split.try_emplace(kCategoryKey, std::string(splitCategories[i]));
-        split.try_emplace(kDescriptionKey, std::string(splitDescriptions[i]));
-        splits.emplace_back(std::move(split));
+        split.appendSorted(kAmountKey, amounts[i]);
+        split.appendSorted(kCategoryKey, std::string(splitCategories[i]));
+        split.appendSorted(kDescriptionKey, std::string(splitDescriptions[i]));
+        splits->emplace_back(std::move(split));
       }
-      entry.try_emplace(kSplitsKey, std::move(splits));
     }
   }
+
+  // Keys in ascending order: each one is appended without a comparison.
+  plist::Dictionary entry;
+  // Exactly the keys it gets: a million entries are hundreds of megabytes.
+  entry.reserve(3 + byKey[kImportFieldCategory].has_value() + date.has_value() +
+                byKey[kImportFieldDescription].has_value() + checkNumber.has_value() +
+                splits.has_value() + byKey[kImportFieldToFrom].has_value());
+  entry.appendSorted(kAmountKey, value);
+  if (byKey[kImportFieldCategory]) {
+    entry.appendSorted(kCategoryKey, std::string(*byKey[kImportFieldCategory]));
+    if (categories) categories->push_back(*byKey[kImportFieldCategory]);
+  }
+  entry.appendSorted(kClearedKey, cleared);
+  if (date) entry.appendSorted(kDateKey, options_.ReadDate(*date));
+  if (byKey[kImportFieldDescription]) {
+    entry.appendSorted(kDescriptionKey, std::string(*byKey[kImportFieldDescription]));
+  }
+  entry.appendSorted(kIsDepositKey, options_.IsDeposit(value));
+  if (checkNumber) entry.appendSorted(kNumberKey, *checkNumber);
+  if (splits) entry.appendSorted(kSplitsKey, std::move(*splits));
   if (byKey[kImportFieldToFrom])
-    entry.try_emplace(kToFromKey, std::string(*byKey[kImportFieldToFrom]));
+    entry.appendSorted(kToFromKey, std::string(*byKey[kImportFieldToFrom]));
   return entry;
 }
 

@@ -229,25 +229,25 @@ plist::Value TARNTextImport::EntryOf(std::string_view line, std::vector<std::str
     }
   }
 
-  // Keys in ascending order, so that each one is appended.
+  // Keys in ascending order: each one is appended without a comparison.
   const bool deposit = options_.IsDeposit(*amount);
   plist::Dictionary entry;
   entry.reserve(5 + (category ? 1 : 0) + (cleared ? 1 : 0) + (description ? 1 : 0) +
                 (negativeAmount ? 1 : 0) + (positiveAmount ? 1 : 0) + (taxDeductible ? 1 : 0) +
                 (toFrom ? 1 : 0) + (type ? 1 : 0));
-  entry.try_emplace(kAmountKey, *amount);
-  if (category) entry.try_emplace(kCategoryKey, std::string(*category));
-  if (cleared) entry.try_emplace(kClearedKey, *cleared);
-  if (date) entry.try_emplace(kDateKey, *date);
-  if (description) entry.try_emplace(kDescriptionKey, std::string(*description));
-  entry.try_emplace(kIsDepositKey, deposit);
-  if (negativeAmount) entry.try_emplace(kNegativeAmountKey, *negativeAmount);
-  if (number) entry.try_emplace(kNumberKey, *number);
-  if (positiveAmount) entry.try_emplace(kPositiveAmountKey, *positiveAmount);
-  if (taxDeductible) entry.try_emplace(kTaxDeductibleKey, true);
-  if (toFrom) entry.try_emplace(kToFromKey, std::string(*toFrom));
+  entry.appendSorted(kAmountKey, *amount);
+  if (category) entry.appendSorted(kCategoryKey, std::string(*category));
+  if (cleared) entry.appendSorted(kClearedKey, *cleared);
+  if (date) entry.appendSorted(kDateKey, *date);
+  if (description) entry.appendSorted(kDescriptionKey, std::string(*description));
+  entry.appendSorted(kIsDepositKey, deposit);
+  if (negativeAmount) entry.appendSorted(kNegativeAmountKey, *negativeAmount);
+  if (number) entry.appendSorted(kNumberKey, *number);
+  if (positiveAmount) entry.appendSorted(kPositiveAmountKey, *positiveAmount);
+  if (taxDeductible) entry.appendSorted(kTaxDeductibleKey, true);
+  if (toFrom) entry.appendSorted(kToFromKey, std::string(*toFrom));
   if (type) {
-    entry.try_emplace(kTypeKey, std::string(*type));
+    entry.appendSorted(kTypeKey, std::string(*type));
     if (types) types->add(*type, deposit);
   }
   return entry;
