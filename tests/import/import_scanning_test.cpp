@@ -40,5 +40,21 @@ TEST(ImportScanning, CSVLineFieldsSplitAsCSVLineComponents) {
   }
 }
 
+TEST(ImportScanning, LineEndsNormalisedInPlaceAsByCopy) {
+  std::mt19937 random(8);
+  const char alphabet[] = "\n\r\nab";
+  for (int round = 0; round < 2000; ++round) {
+    std::string text;
+    const int length = static_cast<int>(random() % 12);
+    for (int i = 0; i < length; ++i) text += alphabet[random() % (sizeof alphabet - 1)];
+    std::string inPlace = text;
+    NormaliseImportLineEndsInPlace(inPlace);
+    EXPECT_EQ(inPlace, NormaliseImportLineEnds(text));
+  }
+  std::string text = "a\nb\n";
+  NormaliseImportLineEndsInPlace(text);
+  EXPECT_EQ(text, "\ra\rb\n");  // the very last line feed stays
+}
+
 }  // namespace
 }  // namespace tarn

@@ -40,6 +40,17 @@ std::string NormaliseImportLineEnds(std::string_view text) {
   return copy;
 }
 
+void NormaliseImportLineEndsInPlace(std::string& text) {
+  const std::size_t length = text.size();
+  text.insert(text.begin(), '\r');
+  // Over [0, length) of the result: the final character stays as it is.
+  char* p = text.data();
+  char* const end = text.data() + length;
+  while ((p = static_cast<char*>(std::memchr(p, '\n', static_cast<std::size_t>(end - p))))) {
+    *p++ = '\r';
+  }
+}
+
 std::string_view TrimImportWhiteSpace(std::string_view text) {
   std::size_t start = 0, next = 0;
   while (start < text.size() && IsWhiteSpaceAt(text, start, next)) start = next;

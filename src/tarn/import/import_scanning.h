@@ -19,6 +19,8 @@ namespace tarn {
 // (the replacement runs over the length of the original text, one short of
 // the copy). Every line, the first included, then follows a carriage return.
 std::string NormaliseImportLineEnds(std::string_view text);
+// The same, in the text's own storage: a file's text is not copied.
+void NormaliseImportLineEndsInPlace(std::string& text);
 
 // White space (Unicode White_Space, line ends included) trimmed at both ends.
 std::string_view TrimImportWhiteSpace(std::string_view text);

@@ -188,8 +188,9 @@ void TARNQIFImport::SetDataString(std::optional<std::string> text) {
     return;
   }
   SetError(kQIFImportNoError);
-  std::string working = NormaliseImportLineEnds(*text);
+  std::string working = std::move(*text);
   text.reset();
+  NormaliseImportLineEndsInPlace(working);
   SaveEntryCategoriesListString(working);
 
   const std::size_t autoSwitch = working.find(kAutoSwitchStart);

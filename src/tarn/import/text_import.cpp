@@ -105,7 +105,8 @@ void TARNTextImport::SetDataString(std::optional<std::string> text) {
     return;
   }
   SetError(kTextImportNoError);
-  dataString_ = NormaliseImportLineEnds(*text);
+  dataString_ = std::move(*text);
+  NormaliseImportLineEndsInPlace(dataString_);
 }
 
 void TARNTextImport::SetSettings(const TextImportSettings& settings, std::string dateFormat) {
