@@ -51,6 +51,18 @@ void NormaliseImportLineEndsInPlace(std::string& text) {
   }
 }
 
+std::size_t CountOf(char byte, std::string_view text) {
+  std::size_t count = 0;
+  const char* at = text.data();
+  const char* const end = text.data() + text.size();
+  while (
+      (at = static_cast<const char*>(std::memchr(at, byte, static_cast<std::size_t>(end - at))))) {
+    ++count;
+    ++at;
+  }
+  return count;
+}
+
 std::string_view TrimImportWhiteSpace(std::string_view text) {
   std::size_t start = 0, next = 0;
   while (start < text.size() && IsWhiteSpaceAt(text, start, next)) start = next;

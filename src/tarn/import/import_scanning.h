@@ -22,6 +22,10 @@ std::string NormaliseImportLineEnds(std::string_view text);
 // The same, in the text's own storage: a file's text is not copied.
 void NormaliseImportLineEndsInPlace(std::string& text);
 
+// How many times a byte occurs in a text (records by their carets, lines by
+// their carriage returns), to reserve an array once.
+std::size_t CountOf(char byte, std::string_view text);
+
 // White space (Unicode White_Space, line ends included) trimmed at both ends.
 std::string_view TrimImportWhiteSpace(std::string_view text);
 

@@ -6,6 +6,7 @@
 #include <limits>
 #include <unordered_set>
 
+#include "tarn/import/import_entry_keys.h"
 #include "tarn/import/import_scanning.h"
 #include "tarn/platform/bulk_storage.h"
 #include "tarn/platform/log.h"
@@ -20,17 +21,6 @@ constexpr std::string_view kCategorySection = "!Type:Cat\r";
 constexpr std::string_view kAutoSwitchStart = "!Option:AutoSwitch";
 constexpr std::string_view kAutoSwitchEnd = "!Clear:AutoSwitch\r";
 
-// The keys of an import entry dictionary.
-constexpr std::string_view kAmountKey = "amount";
-constexpr std::string_view kCategoryKey = "category";
-constexpr std::string_view kClearedKey = "cleared";
-constexpr std::string_view kDateKey = "date";
-constexpr std::string_view kDescriptionKey = "description";
-constexpr std::string_view kIsDepositKey = "isDeposit";
-constexpr std::string_view kNumberKey = "number";
-constexpr std::string_view kSplitsKey = "splits";
-constexpr std::string_view kToFromKey = "toFrom";
-
 // The end of a section: the next line that begins with "!", that is the
 // position of the next "\r!" at or after `from` (the text's size when there
 // is none). Searched by its rare "!", not by the carriage return that
@@ -43,19 +33,6 @@ std::size_t SectionEnd(std::string_view text, std::size_t from) {
     if (text[at - 1] == '\r') return at - 1;
   }
   return text.size();
-}
-
-// How many records a list holds: its carets.
-std::size_t CountRecords(std::string_view list) {
-  std::size_t count = 0;
-  const char* at = list.data();
-  const char* const end = list.data() + list.size();
-  while (
-      (at = static_cast<const char*>(std::memchr(at, '^', static_cast<std::size_t>(end - at))))) {
-    ++count;
-    ++at;
-  }
-  return count;
 }
 
 // One line of a record: the text after its one-letter code, and whether the
@@ -258,7 +235,7 @@ void TARNQIFImport::RemoveInvalidAccounts() {
 
 plist::Array TARNQIFImport::EntryListStringToEntries(std::string_view list) const {
   plist::Array entries;
-  entries.reserve(CountRecords(list));
+  entries.reserve(CountOf('^', list));
   AppendEntries(list, entries, nullptr);
   return entries;
 }
@@ -373,9 +350,9 @@ plist::Value TARNQIFImport::EntryOf(std::string_view record,
       for (std::size_t i = 0; i < count; ++i) {
         plist::Dictionary split;
         split.reserve(3);
-        split.appendSorted(kAmountKey, amounts[i]);
-        split.appendSorted(kCategoryKey, std::string(splitCategories[i]));
-        split.appendSorted(kDescriptionKey, std::string(splitDescriptions[i]));
+        split.appendSorted(kImportAmountKey, amounts[i]);
+        split.appendSorted(kImportCategoryKey, std::string(splitCategories[i]));
+        split.appendSorted(kImportDescriptionKey, std::string(splitDescriptions[i]));
         splits->emplace_back(std::move(split));
       }
     }
@@ -387,21 +364,21 @@ plist::Value TARNQIFImport::EntryOf(std::string_view record,
   entry.reserve(3 + byKey[kImportFieldCategory].has_value() + date.has_value() +
                 byKey[kImportFieldDescription].has_value() + checkNumber.has_value() +
                 splits.has_value() + byKey[kImportFieldToFrom].has_value());
-  entry.appendSorted(kAmountKey, value);
+  entry.appendSorted(kImportAmountKey, value);
   if (byKey[kImportFieldCategory]) {
-    entry.appendSorted(kCategoryKey, std::string(*byKey[kImportFieldCategory]));
+    entry.appendSorted(kImportCategoryKey, std::string(*byKey[kImportFieldCategory]));
     if (categories) categories->push_back(*byKey[kImportFieldCategory]);
   }
-  entry.appendSorted(kClearedKey, cleared);
-  if (date) entry.appendSorted(kDateKey, options_.ReadDate(*date));
+  entry.appendSorted(kImportClearedKey, cleared);
+  if (date) entry.appendSorted(kImportDateKey, options_.ReadDate(*date));
   if (byKey[kImportFieldDescription]) {
-    entry.appendSorted(kDescriptionKey, std::string(*byKey[kImportFieldDescription]));
+    entry.appendSorted(kImportDescriptionKey, std::string(*byKey[kImportFieldDescription]));
   }
-  entry.appendSorted(kIsDepositKey, options_.IsDeposit(value));
-  if (checkNumber) entry.appendSorted(kNumberKey, *checkNumber);
-  if (splits) entry.appendSorted(kSplitsKey, std::move(*splits));
+  entry.appendSorted(kImportIsDepositKey, options_.IsDeposit(value));
+  if (checkNumber) entry.appendSorted(kImportNumberKey, *checkNumber);
+  if (splits) entry.appendSorted(kImportSplitsKey, std::move(*splits));
   if (byKey[kImportFieldToFrom])
-    entry.appendSorted(kToFromKey, std::string(*byKey[kImportFieldToFrom]));
+    entry.appendSorted(kImportToFromKey, std::string(*byKey[kImportFieldToFrom]));
   return entry;
 }
 
@@ -438,7 +415,7 @@ plist::Array TARNQIFImport::EntriesOfSections(std::vector<std::string_view>* cat
   // A file of bare records, with no header at all, is one bank list.
   if (!anySection && !text.empty()) sections.push_back(text);
   std::size_t records = 0;
-  for (std::string_view section : sections) records += CountRecords(section);
+  for (std::string_view section : sections) records += CountOf('^', section);
   plist::Array entries;
   entries.reserve(records);
   if (categories) categories->reserve(records);
@@ -470,7 +447,7 @@ plist::Array TARNQIFImport::AccountEntries(std::string_view accountText) const {
   std::stable_sort(sections.begin(), sections.end(),
                    [](const auto& a, const auto& b) { return a.first < b.first; });
   std::size_t records = 0;
-  for (const auto& [type, section] : sections) records += CountRecords(section);
+  for (const auto& [type, section] : sections) records += CountOf('^', section);
   plist::Array entries;
   entries.reserve(records);
   for (const auto& [type, section] : sections) AppendEntries(section, entries, nullptr);

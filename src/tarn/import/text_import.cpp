@@ -6,6 +6,7 @@
 #include <limits>
 #include <unordered_set>
 
+#include "tarn/import/import_entry_keys.h"
 #include "tarn/import/import_scanning.h"
 #include "tarn/platform/bulk_storage.h"
 #include "tarn/platform/collections.h"
@@ -21,34 +22,6 @@ bool IsYesOrX(std::string_view text) {
 
 bool IsLineEnd(char c) {
   return c == '\r' || c == '\n';
-}
-
-// The keys of an import entry dictionary.
-constexpr std::string_view kAmountKey = "amount";
-constexpr std::string_view kCategoryKey = "category";
-constexpr std::string_view kClearedKey = "cleared";
-constexpr std::string_view kDateKey = "date";
-constexpr std::string_view kDescriptionKey = "description";
-constexpr std::string_view kIsDepositKey = "isDeposit";
-constexpr std::string_view kNegativeAmountKey = "negativeAmount";
-constexpr std::string_view kNumberKey = "number";
-constexpr std::string_view kPositiveAmountKey = "positiveAmount";
-constexpr std::string_view kTaxDeductibleKey = "taxDeductible";
-constexpr std::string_view kToFromKey = "toFrom";
-constexpr std::string_view kTypeKey = "type";
-
-// How many non-empty lines a text can hold at most: the line ends that are
-// not followed by another, and one more.
-std::size_t CountLines(std::string_view text) {
-  std::size_t count = 1;
-  const char* at = text.data();
-  const char* const end = text.data() + text.size();
-  while (
-      (at = static_cast<const char*>(std::memchr(at, '\r', static_cast<std::size_t>(end - at))))) {
-    ++at;
-    if (at == end || *at != '\r') ++count;
-  }
-  return count;
 }
 
 struct TextHash {
@@ -68,7 +41,7 @@ class TARNTextImport::TypeList {
     if (seen_[deposit].find(name) != seen_[deposit].end()) return;
     seen_[deposit].emplace(name);
     plist::Dictionary type;
-    type.try_emplace(kIsDepositKey, deposit);
+    type.try_emplace(kImportIsDepositKey, deposit);
     type.try_emplace("name", std::string(name));
     types_.emplace_back(std::move(type));
   }
@@ -125,7 +98,7 @@ plist::Array TARNTextImport::EntryListStringToEntries(std::string_view text) con
 
 plist::Array TARNTextImport::EntriesOfLines(std::string_view text, TypeList* types) const {
   plist::Array entries;
-  entries.reserve(CountLines(text));
+  entries.reserve(CountOf('\r', text) + 1);
   // One field list and one buffer for quoted fields, reused line by line.
   std::vector<std::string_view> fields;
   std::string scratch;
@@ -236,19 +209,19 @@ plist::Value TARNTextImport::EntryOf(std::string_view line, std::vector<std::str
   entry.reserve(5 + (category ? 1 : 0) + (cleared ? 1 : 0) + (description ? 1 : 0) +
                 (negativeAmount ? 1 : 0) + (positiveAmount ? 1 : 0) + (taxDeductible ? 1 : 0) +
                 (toFrom ? 1 : 0) + (type ? 1 : 0));
-  entry.appendSorted(kAmountKey, *amount);
-  if (category) entry.appendSorted(kCategoryKey, std::string(*category));
-  if (cleared) entry.appendSorted(kClearedKey, *cleared);
-  if (date) entry.appendSorted(kDateKey, *date);
-  if (description) entry.appendSorted(kDescriptionKey, std::string(*description));
-  entry.appendSorted(kIsDepositKey, deposit);
-  if (negativeAmount) entry.appendSorted(kNegativeAmountKey, *negativeAmount);
-  if (number) entry.appendSorted(kNumberKey, *number);
-  if (positiveAmount) entry.appendSorted(kPositiveAmountKey, *positiveAmount);
-  if (taxDeductible) entry.appendSorted(kTaxDeductibleKey, true);
-  if (toFrom) entry.appendSorted(kToFromKey, std::string(*toFrom));
+  entry.appendSorted(kImportAmountKey, *amount);
+  if (category) entry.appendSorted(kImportCategoryKey, std::string(*category));
+  if (cleared) entry.appendSorted(kImportClearedKey, *cleared);
+  if (date) entry.appendSorted(kImportDateKey, *date);
+  if (description) entry.appendSorted(kImportDescriptionKey, std::string(*description));
+  entry.appendSorted(kImportIsDepositKey, deposit);
+  if (negativeAmount) entry.appendSorted(kImportNegativeAmountKey, *negativeAmount);
+  if (number) entry.appendSorted(kImportNumberKey, *number);
+  if (positiveAmount) entry.appendSorted(kImportPositiveAmountKey, *positiveAmount);
+  if (taxDeductible) entry.appendSorted(kImportTaxDeductibleKey, true);
+  if (toFrom) entry.appendSorted(kImportToFromKey, std::string(*toFrom));
   if (type) {
-    entry.appendSorted(kTypeKey, std::string(*type));
+    entry.appendSorted(kImportTypeKey, std::string(*type));
     if (types) types->add(*type, deposit);
   }
   return entry;
