@@ -224,6 +224,13 @@ TEST(TextImport, ParseAgreesWithLinesReadOneByOne) {
     EXPECT_EQ(parsed.at("types").arrayValue(), expectedTypes);
     EXPECT_GT(expectedTypes.size(), 6u);
   }
+  // A text handed in as it stands: line feeds end lines as carriage returns do.
+  TARNTextImport importer;
+  importer.SetDataLayout(std::vector<std::int32_t>{kColumnDescription, kColumnAmount});
+  const Array entries = importer.EntryListStringToEntries("a,1\nb,2\r\r\nc,3\n");
+  ASSERT_EQ(entries.size(), 3u);
+  EXPECT_EQ(Key(entries[1], "description"), Value("b"));
+  EXPECT_EQ(Key(entries[2], "amount"), Value(3.0));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "tarn/import/text_import.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <functional>
@@ -103,14 +104,16 @@ plist::Array TARNTextImport::EntriesOfLines(std::string_view text, TypeList* typ
   std::vector<std::string_view> fields;
   std::string scratch;
   bool skipping = skipFirstRow_;
+  // Lines end at carriage returns; a line feed can only be the text's last
+  // character, left by the normalisation, and ends its line too. Both are
+  // found by forward searches, each byte searched once for each.
+  ForwardFinder nextReturn(text, "\r");
+  ForwardFinder nextFeed(text, "\n");
   std::size_t i = 0;
   while (i < text.size()) {
-    // Lines end at carriage returns; a line feed can only be the text's last
-    // character, left by the normalisation, and ends its line too.
     while (i < text.size() && IsLineEnd(text[i])) ++i;
     if (i == text.size()) break;
-    std::size_t end = i;
-    while (end < text.size() && !IsLineEnd(text[end])) ++end;
+    const std::size_t end = std::min(nextReturn.next(i), nextFeed.next(i));
     const std::string_view line = text.substr(i, end - i);
     i = end;
     if (skipping) {
