@@ -4,6 +4,7 @@
 #include <unicode/utf8.h>
 
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -134,7 +135,18 @@ void CSVLineFields(std::string_view line, std::vector<std::string_view>& fields,
 std::optional<std::string> ReadImportFile(const std::string& path, StringEncoding encoding) {
   std::ifstream file(path, std::ios::binary);
   if (!file) return std::nullopt;
-  std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  std::string bytes;
+  // A regular file in one read of its size; anything else (a pipe) byte by byte.
+  std::error_code error;
+  std::uintmax_t size = 0;
+  if (std::filesystem::is_regular_file(path, error)) size = std::filesystem::file_size(path, error);
+  if (!error && size > 0) {
+    bytes.resize(static_cast<std::size_t>(size));
+    file.read(bytes.data(), static_cast<std::streamsize>(size));
+    bytes.resize(static_cast<std::size_t>(file.gcount()));
+  } else {
+    bytes.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  }
   if (file.bad()) return std::nullopt;
   if (auto text = DecodeToUtf8(bytes, encoding)) return text;
   const auto starts = [&](std::string_view mark) { return bytes.starts_with(mark); };
