@@ -285,8 +285,39 @@ double ReadImportAmount(std::string_view text, std::string_view decimalSeparator
     // Digits of other scripts, and long texts, take the plain reading.
     if (static_cast<unsigned char>(c) >= 0x80 || !take(c)) return plainReading();
   }
-  // Only "-", "." and ASCII digits are left; the fixed-format reading of
-  // from_chars takes the same leading number that LeadingDecimalNumber does.
+  // Only "-", "." and ASCII digits are left. The usual amount, a sign, up to
+  // fifteen digits and one point, is its digits as an integer divided by a
+  // power of ten: both exact doubles, so the quotient is the correctly
+  // rounded value that from_chars would give.
+  {
+    static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                              1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    std::size_t i = 0;
+    const bool negative = length > 0 && cleaned[0] == '-';
+    if (negative) ++i;
+    std::int64_t digits = 0;
+    int count = 0, decimals = -1;
+    for (; i < length && count <= 15; ++i) {
+      const char c = cleaned[i];
+      if (c >= '0' && c <= '9') {
+        digits = digits * 10 + (c - '0');
+        ++count;
+        if (decimals >= 0) ++decimals;
+      } else if (c == '.' && decimals < 0) {
+        decimals = 0;
+      } else {
+        break;
+      }
+    }
+    // The whole leading number was read: any further digit stopped it early.
+    const bool whole = i == length || !(cleaned[i] >= '0' && cleaned[i] <= '9');
+    if (count > 0 && count <= 15 && whole) {
+      const double value = static_cast<double>(digits) / kPowersOfTen[decimals > 0 ? decimals : 0];
+      return negative ? -value : value;
+    }
+  }
+  // Longer numbers: the fixed-format reading of from_chars takes the same
+  // leading number that LeadingDecimalNumber does.
   double value = 0.0;
   const auto result = std::from_chars(cleaned, cleaned + length, value, std::chars_format::fixed);
   if (result.ec == std::errc()) return value;

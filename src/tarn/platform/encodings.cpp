@@ -310,7 +310,12 @@ bool decodeSingleBytes(UConverter* converter, std::string_view bytes,
   }
   while (i < bytes.size()) {
     if (asciiStaysAscii) {
+      // Eight bytes at a time while none has its high bit set.
       std::size_t end = i;
+      for (std::uint64_t word; end + 8 <= bytes.size(); end += 8) {
+        std::memcpy(&word, bytes.data() + end, 8);
+        if (word & 0x8080808080808080u) break;
+      }
       while (end < bytes.size() && static_cast<unsigned char>(bytes[end]) < 0x80) ++end;
       result.append(bytes.substr(i, end - i));
       i = end;
