@@ -20,5 +20,6 @@ CLI::App* AddCommand(CLI::App& app, Chosen& chosen, const std::string& name,
 void AddBookCommands(CLI::App& app, Chosen& chosen, const GlobalOptions& global);
 void AddViewCommands(CLI::App& app, Chosen& chosen, const GlobalOptions& global);
 void AddEntryCommands(CLI::App& app, Chosen& chosen, const GlobalOptions& global);
+void AddImportCommands(CLI::App& app, Chosen& chosen, const GlobalOptions& global);
 
 }  // namespace tarn::cli

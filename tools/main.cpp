@@ -34,6 +34,7 @@ int main(int argc, char** argv) {
   AddBookCommands(app, chosen, global);
   AddViewCommands(app, chosen, global);
   AddEntryCommands(app, chosen, global);
+  AddImportCommands(app, chosen, global);
 
   try {
     try {

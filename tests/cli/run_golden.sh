@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Runs one golden case of the tarn program. A case file holds:
 #   # comment lines
+#   needs: corpus   (the case reads $TARN_CORPUS, the shared folder of real
+#                    files; without it the case is skipped with status 77)
 #   setup: a shell line run first, which must succeed (any number)
 #   command: the shell line whose output is checked
 #   status: its expected exit status
@@ -21,8 +23,9 @@ mkdir "$work/bin"
 ln -s "$tarn_binary" "$work/bin/tarn"
 export PATH="$work/bin:$PATH" TZ=UTC LC_ALL=C.UTF-8 LANG=C.UTF-8 TARN_DATA="$(dirname "$case_file")/../data"
 unset TARN_PASSWORD COLUMNS NO_COLOR
+export TARN_CORPUS="${TARN_CORPUS_DIR:-$(dirname "$case_file")/../../../shared/corpus}"
 
-setups=() command="" status="" expected_out="" expected_err="" section=""
+setups=() command="" status="" expected_out="" expected_err="" section="" needs=""
 while IFS= read -r line || [[ -n "$line" ]]; do
   case "$section" in
     stdout) if [[ "$line" == "stderr:" ]]; then section=stderr; else expected_out+="$line"$'\n'; fi; continue ;;
@@ -30,6 +33,7 @@ while IFS= read -r line || [[ -n "$line" ]]; do
   esac
   case "$line" in
     "#"*|"") ;;
+    needs:*) needs="${line#needs: }" ;;
     setup:*) setups+=("${line#setup: }") ;;
     command:*) command="${line#command: }" ;;
     status:*) status="${line#status: }" ;;
@@ -38,6 +42,11 @@ while IFS= read -r line || [[ -n "$line" ]]; do
   esac
 done < "$case_file"
 [[ -n "$command" && -n "$status" ]] || { echo "$case_file: needs command: and status:" >&2; exit 2; }
+
+if [[ "$needs" == corpus && ! -d "$TARN_CORPUS" ]]; then
+  echo "skipped: no corpus folder $TARN_CORPUS"
+  exit 77
+fi
 
 cd "$work"
 for setup in "${setups[@]}"; do

@@ -234,7 +234,7 @@ TEST(OFXImportParse, TransactionFieldsAndSwapOptions) {
 TEST(OFXImportParse, AmountsFollowTheSeparatorsAndZeroOption) {
   auto importer =
       load(ofx1("<STMTTRN><TRNAMT>1.234,56</STMTTRN><STMTTRN><TRNAMT>(7,5)</STMTTRN>"
-                "<STMTTRN><TRNAMT>0</STMTTRN>"));
+                "<STMTTRN><TRNAMT>0</STMTTRN><STMTTRN><TRNAMT>-1.500</STMTTRN>"));
   ASSERT_TRUE(importer);
   importer->SetDecimalSeparator(",");
   importer->SetThousandsSeparator(".");
@@ -243,6 +243,16 @@ TEST(OFXImportParse, AmountsFollowTheSeparatorsAndZeroOption) {
   EXPECT_EQ(entriesOf(result)[0].find("amount")->doubleValue(), 1234.56);
   EXPECT_EQ(entriesOf(result)[1].find("amount")->doubleValue(), -7.5);
   EXPECT_TRUE(entriesOf(result)[2].find("isDeposit")->boolValue());
+  // Plain-looking text still goes through the separators: "." groups thousands.
+  EXPECT_EQ(entriesOf(result)[3].find("amount")->doubleValue(), -1500.0);
+  // A thousands separator that plain text cannot hold leaves its point a decimal point.
+  importer->SetThousandsSeparator(" ");
+  result = importer->parse();
+  EXPECT_EQ(entriesOf(result)[3].find("amount")->doubleValue(), -1.5);
+  // A decimal separator made of a digit is replaced even in plain text.
+  importer->SetDecimalSeparator("5");
+  result = importer->parse();
+  EXPECT_EQ(entriesOf(result)[3].find("amount")->doubleValue(), -1.0);
 }
 
 TEST(OFXImportParse, TypesArePairsOfNameAndDirection) {

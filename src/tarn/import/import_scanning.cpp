@@ -4,7 +4,6 @@
 #include <unicode/utf8.h>
 
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -132,35 +131,51 @@ void CSVLineFields(std::string_view line, std::vector<std::string_view>& fields,
   }
 }
 
-std::optional<std::string> ReadImportFile(const std::string& path, StringEncoding encoding) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return std::nullopt;
-  std::string bytes;
-  // A regular file in one read of its size; anything else (a pipe) byte by byte.
-  std::error_code error;
-  std::uintmax_t size = 0;
-  if (std::filesystem::is_regular_file(path, error)) size = std::filesystem::file_size(path, error);
-  if (!error && size > 0) {
-    bytes.resize(static_cast<std::size_t>(size));
-    file.read(bytes.data(), static_cast<std::streamsize>(size));
-    bytes.resize(static_cast<std::size_t>(file.gcount()));
-  } else {
-    bytes.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-  }
-  if (file.bad()) return std::nullopt;
-  if (auto text = DecodeToUtf8(bytes, encoding)) return text;
+std::optional<std::string> DecodeImportBytes(std::string_view bytes, StringEncoding encoding,
+                                             StringEncoding* used) {
+  const auto decoded = [&](StringEncoding tried) {
+    std::optional<std::string> text = DecodeToUtf8(bytes, tried);
+    if (text && used) *used = tried;
+    return text;
+  };
+  if (auto text = decoded(encoding)) return text;
   const auto starts = [&](std::string_view mark) { return bytes.starts_with(mark); };
   if (starts("\xEF\xBB\xBF")) {
-    if (auto text = DecodeToUtf8(bytes, kUTF8StringEncoding)) return text;
+    if (auto text = decoded(kUTF8StringEncoding)) return text;
   } else if (starts("\xFF\xFE") || starts("\xFE\xFF")) {
-    if (auto text = DecodeToUtf8(bytes, kUnicodeStringEncoding)) return text;
+    if (auto text = decoded(kUnicodeStringEncoding)) return text;
   }
-  if (auto text = DecodeToUtf8(bytes, kUTF8StringEncoding)) return text;
-  if (auto text = DecodeToUtf8(bytes, DefaultCStringEncoding())) return text;
+  if (auto text = decoded(kUTF8StringEncoding)) return text;
+  if (auto text = decoded(DefaultCStringEncoding())) return text;
   // Files from Windows programs are the usual 8-bit case; every byte of
   // Latin-1 is a character, so the last reading always succeeds.
-  if (auto text = DecodeToUtf8(bytes, kWindowsCP1252StringEncoding)) return text;
-  return DecodeToUtf8(bytes, kISOLatin1StringEncoding);
+  if (auto text = decoded(kWindowsCP1252StringEncoding)) return text;
+  return decoded(kISOLatin1StringEncoding);
+}
+
+std::optional<std::string> ReadImportFileBytes(const std::string& path) {
+  std::ifstream file(path, std::ios::binary | std::ios::ate);
+  if (!file) return std::nullopt;
+  // One read of the whole size; a file that is no regular one (a pipe)
+  // reports no size and is read to its end instead.
+  const std::streamoff size = file.tellg();
+  if (size > 0) {
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    file.seekg(0);
+    if (!file.read(bytes.data(), size)) return std::nullopt;
+    return bytes;
+  }
+  file.clear();
+  file.seekg(0);
+  std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  if (file.bad()) return std::nullopt;
+  return bytes;
+}
+
+std::optional<std::string> ReadImportFile(const std::string& path, StringEncoding encoding) {
+  const std::optional<std::string> bytes = ReadImportFileBytes(path);
+  if (!bytes) return std::nullopt;
+  return DecodeImportBytes(*bytes, encoding, nullptr);
 }
 
 }  // namespace tarn

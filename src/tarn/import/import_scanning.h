@@ -69,5 +69,11 @@ void CSVLineFields(std::string_view line, std::vector<std::string_view>& fields,
 // else the system's 8-bit encoding, else Windows 1252, else Latin-1. nullopt
 // when the file cannot be read.
 std::optional<std::string> ReadImportFile(const std::string& path, StringEncoding encoding);
+// The same steps on bytes already read; `used` (when given) receives the
+// encoding that decoded them.
+std::optional<std::string> DecodeImportBytes(std::string_view bytes, StringEncoding encoding,
+                                             StringEncoding* used);
+// A file's bytes; nullopt when it cannot be read.
+std::optional<std::string> ReadImportFileBytes(const std::string& path);
 
 }  // namespace tarn

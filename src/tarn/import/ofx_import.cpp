@@ -4,6 +4,9 @@
 
 #include <bit>
 #include <cmath>
+#include <cstddef>
+#include <functional>
+#include <new>
 #include <unordered_map>
 
 #include "tarn/account/account_settings.h"
@@ -17,7 +20,10 @@ namespace tarn {
 class EntryTypeList {
  public:
   void add(std::string_view name, bool isDeposit) {
-    std::uint8_t& seen = seen_[std::string(name)];
+    // Looked up by the name as it stands; a key is made only for a new name.
+    auto found = seen_.find(name);
+    if (found == seen_.end()) found = seen_.emplace(name, 0).first;
+    std::uint8_t& seen = found->second;
     const std::uint8_t bit = isDeposit ? 2 : 1;
     if (seen & bit) return;
     seen |= bit;
@@ -29,7 +35,13 @@ class EntryTypeList {
   plist::Array array() { return std::move(types_); }
 
  private:
-  std::unordered_map<std::string, std::uint8_t> seen_;
+  struct NameHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view name) const {
+      return std::hash<std::string_view>{}(name);
+    }
+  };
+  std::unordered_map<std::string, std::uint8_t, NameHash, std::equal_to<>> seen_;
   plist::Array types_;
 };
 
@@ -114,11 +126,26 @@ class EntryFields {
     kKeyCount
   };
 
-  void put(Key key, plist::Value value) {
-    values_[key] = std::move(value);
-    present_ |= 1u << key;
+  EntryFields() = default;
+  EntryFields(const EntryFields&) = delete;
+  EntryFields& operator=(const EntryFields&) = delete;
+  ~EntryFields() {
+    for (int key = 0; key < kKeyCount; ++key) {
+      if (present_ & (1u << key)) slot(key).~Value();
+    }
   }
-  void put(Key key, std::string_view text) { put(key, plist::Value(text)); }
+
+  // Builds the key's value in its slot; a later value replaces an earlier one.
+  template <class... Args>
+  void put(Key key, Args&&... args) {
+    const std::uint32_t bit = 1u << key;
+    if (present_ & bit) {
+      slot(key).~Value();
+      present_ &= ~bit;
+    }
+    new (&storage_[key]) plist::Value(std::forward<Args>(args)...);
+    present_ |= bit;
+  }
 
   // To where a swap option sends the text; nowhere for values outside the table.
   void putSwapped(std::int32_t option, std::string_view text) {
@@ -128,25 +155,30 @@ class EntryFields {
   void putSwapped(std::int32_t option, std::string&& text) {
     if (option == kOFXSwapNumber) return put(kNumber, LeadingInteger(text));
     if (const int key = textKey(option); key >= 0) {
-      put(static_cast<Key>(key), plist::Value(std::move(text)));
+      put(static_cast<Key>(key), std::move(text));
     }
   }
 
   void addTypeTo(EntryTypeList& types) const {
-    if ((present_ & (1u << kType)) && values_[kType].isString()) {
-      types.add(values_[kType].stringValue(),
-                (present_ & (1u << kIsDeposit)) && values_[kIsDeposit].boolValue());
+    if ((present_ & (1u << kType)) && slot(kType).isString()) {
+      types.add(slot(kType).stringValue(),
+                (present_ & (1u << kIsDeposit)) && slot(kIsDeposit).boolValue());
     }
   }
 
+  // Moves the values out, in key order; the fields are empty afterwards.
   plist::Value dictionary() {
-    static constexpr const char* kNames[kKeyCount] = {
+    static constexpr std::string_view kNames[kKeyCount] = {
         "amount",    "category", "cleared", "date",   "description", "fitID",
         "isDeposit", "notes",    "number",  "splits", "toFrom",      "type"};
     plist::Dictionary entry;
     entry.reserve(static_cast<std::size_t>(std::popcount(present_)));
     for (int key = 0; key < kKeyCount; ++key) {
-      if (present_ & (1u << key)) entry.appendSorted(kNames[key], std::move(values_[key]));
+      if (present_ & (1u << key)) {
+        entry.appendSorted(kNames[key], std::move(slot(key)));
+        slot(key).~Value();
+        present_ &= ~(1u << key);
+      }
     }
     return entry;
   }
@@ -169,7 +201,15 @@ class EntryFields {
     }
   }
 
-  plist::Value values_[kKeyCount];
+  plist::Value& slot(int key) {
+    return *std::launder(reinterpret_cast<plist::Value*>(storage_[key]));
+  }
+  const plist::Value& slot(int key) const {
+    return *std::launder(reinterpret_cast<const plist::Value*>(storage_[key]));
+  }
+
+  // Raw slots: a value is built only for the keys an entry has.
+  alignas(plist::Value) std::byte storage_[kKeyCount][sizeof(plist::Value)];
   std::uint32_t present_ = 0;
 };
 
@@ -216,7 +256,45 @@ DateComponents TARNOFXImport::DateStringComponents(std::string_view text) const 
   return tarn::DateStringComponents(text, dateFormatString_);
 }
 
+std::optional<double> PlainAmountValue(std::string_view text) {
+  static constexpr double kPowersOfTen[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  std::size_t i = 0;
+  const bool negative = !text.empty() && text.front() == '-';
+  if (negative) i = 1;
+  std::uint64_t mantissa = 0;
+  int digits = 0;
+  int decimals = -1;  // digits after the point; -1 before it
+  for (; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c >= '0' && c <= '9') {
+      if (++digits > 15) return std::nullopt;
+      mantissa = mantissa * 10 + static_cast<std::uint64_t>(c - '0');
+      if (decimals >= 0) ++decimals;
+    } else if (c == '.' && decimals < 0) {
+      decimals = 0;
+    } else {
+      return std::nullopt;
+    }
+  }
+  if (digits == 0) return std::nullopt;
+  // Both operands are exact, so the quotient is the correctly rounded value.
+  const double value = static_cast<double>(mantissa) / kPowersOfTen[decimals < 0 ? 0 : decimals];
+  return negative ? -value : value;
+}
+
 double TARNOFXImport::amountOfText(std::string_view text) const {
+  // The clean-up changes plain text only through a separator that can occur
+  // in it: one made of digits, "-" or ".", other than a decimal "." (which
+  // it writes back as itself).
+  constexpr std::string_view kPlainCharacters = "-.0123456789";
+  const bool separatorsKeepPlainText =
+      (decimalSeparator_ == "." ||
+       decimalSeparator_.find_first_of(kPlainCharacters) == std::string::npos) &&
+      thousandsSeparator_.find_first_of(kPlainCharacters) == std::string::npos;
+  if (separatorsKeepPlainText) {
+    if (const std::optional<double> value = PlainAmountValue(text)) return *value;
+  }
   return LeadingDecimalNumber(TweakAmountString(text));
 }
 
@@ -361,17 +439,25 @@ plist::Value TARNOFXImport::transactionToEntry(XMLNode transaction, bool loan,
       entry.putSwapped(swapOptions_RefNum_, *reference);
     }
   }
+  // An element of one text child (the usual case) is its text as it stands.
+  const auto putText = [&](std::int32_t option, XMLNode element, bool keepAmpersands) {
+    if (element.isSimpleText()) {
+      entry.putSwapped(option, element.firstChild().string());
+    } else {
+      entry.putSwapped(option, joinedText(element, keepAmpersands));
+    }
+  };
   if (swapOptions_Memo_ != kOFXSwapNotRead && fields.memo) {
-    entry.putSwapped(swapOptions_Memo_, joinedText(fields.memo, true));
+    putText(swapOptions_Memo_, fields.memo, true);
   }
   if (swapOptions_Payee_ != kOFXSwapNotRead) {
     if (const XMLNode payeeName = BKXMLTreeAtPath(fields.payee, "NAME")) {
-      entry.putSwapped(swapOptions_Payee_, joinedText(payeeName, false));
+      putText(swapOptions_Payee_, payeeName, false);
     }
   }
   if (swapOptions_Name_ != kOFXSwapNotRead) {
     if (const XMLNode name = fields.extendedName ? fields.extendedName : fields.name) {
-      entry.putSwapped(swapOptions_Name_, joinedText(name, false));
+      putText(swapOptions_Name_, name, false);
     }
   }
   if (types) entry.addTypeTo(*types);

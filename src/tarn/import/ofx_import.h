@@ -68,6 +68,14 @@ struct OFXLoadOptions {
   bool tolerant = false;
 };
 
+// The value of an amount written plainly, as banks write TRNAMT: an optional
+// "-", then at most fifteen digits with at most one "." among them. Such text
+// reads the same through the amount clean-up and the decimal reader whenever
+// the separators leave it unchanged (see TARNOFXImport::amountOfText), and the
+// quotient of two exact doubles is the correctly rounded value that the
+// decimal reader gives. nullopt for any other text.
+std::optional<double> PlainAmountValue(std::string_view text);
+
 class TARNOFXImport {
  public:
   TARNOFXImport();
@@ -90,6 +98,9 @@ class TARNOFXImport {
   // that starts the text or follows another one).
   static std::string addMissingEndTagsToElementsInString(std::string_view text);
   static std::string escapePhysicalEntitiesInElementsInString(std::string_view text);
+  // The same walk on the text where it stands: the text grows by what the
+  // ampersands get after them, each piece moved once.
+  static void escapePhysicalEntitiesInPlace(std::string& text);
   // The tolerant reading's ampersand walk: references already present are
   // kept once, every other ampersand becomes "&amp;".
   static std::string escapeAmpersandsTolerantly(std::string_view text);

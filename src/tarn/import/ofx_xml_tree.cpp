@@ -192,7 +192,8 @@ bool documentTextInUtf8(std::string& bytes, bool preferUtf8, XMLParseError& erro
       }
     }
   }
-  const std::size_t invalid = InvalidUtf8Offset(bytes);
+  // Most files are ASCII, which a quicker test than full validation tells.
+  const std::size_t invalid = IsAscii(bytes) ? std::string::npos : InvalidUtf8Offset(bytes);
   if (invalid != std::string::npos) {
     error = {"the text is not valid UTF-8", invalid};
     return false;
@@ -204,66 +205,23 @@ bool documentTextInUtf8(std::string& bytes, bool preferUtf8, XMLParseError& erro
 
 // Copies a pugixml document into the flat node array, splitting text at
 // entity references and merging neighbouring pieces of text.
-class OFXXMLTreeBuilder {
+class OFXXMLTreeBuilder : private pugi::xml_tree_walker {
  public:
   OFXXMLTreeBuilder(OFXXMLTree& tree, XMLParseError& error) : tree_(tree), error_(error) {}
 
-  bool build(const pugi::xml_document& document) {
-    const char* base = tree_.text_.data();
-    base_ = base;
+  bool build(pugi::xml_document& document) {
+    base_ = tree_.text_.data();
     // Generous: pages of the array that are never written cost nothing, and
     // growing it would copy every node.
     tree_.nodes_.reserve(tree_.text_.size() / 6 + 16);
     addNode(XMLNodeType::Document, {});
-    struct Frame {
-      std::uint32_t node;
-      std::uint32_t lastChild;
-    };
-    std::vector<Frame> frames{{0, OFXXMLTree::kNone}};
-    pugi::xml_node current = document.first_child();
-    while (current) {
-      bool descend = false;
-      switch (current.type()) {
-        case pugi::node_element: {
-          flushText(frames.back().node, frames.back().lastChild);
-          for (pugi::xml_attribute attribute = current.first_attribute(); attribute;
-               attribute = attribute.next_attribute()) {
-            if (!checkReferences(attribute.value())) return false;
-          }
-          const std::uint32_t index = addNode(XMLNodeType::Element, current.name());
-          appendChild(frames.back().node, frames.back().lastChild, index);
-          if (current.first_child()) {
-            frames.push_back({index, OFXXMLTree::kNone});
-            descend = true;
-          }
-          break;
-        }
-        case pugi::node_pcdata:
-          if (!addCharacterData(current.value(), frames.back().node, frames.back().lastChild)) {
-            return false;
-          }
-          break;
-        case pugi::node_cdata:
-          addText(current.value(), false);
-          break;
-        default:
-          break;
-      }
-      if (descend) {
-        current = current.first_child();
-        continue;
-      }
-      while (current && !current.next_sibling()) {
-        current = current.parent();
-        if (current && current.type() == pugi::node_element) {
-          flushText(frames.back().node, frames.back().lastChild);
-          frames.pop_back();
-        }
-        if (current == document) current = pugi::xml_node();
-      }
-      if (current) current = current.next_sibling();
-    }
-    flushText(frames.back().node, frames.back().lastChild);
+    frames_.push_back({0, OFXXMLTree::kNone});
+    // pugixml walks its own tree (its links followed inside the library) and
+    // hands over each node in document order with its depth: a few calls per
+    // node instead of one per link.
+    if (!document.traverse(*this)) return false;
+    while (frames_.size() > 1) closeFrame();
+    flushText(frames_.back().node, frames_.back().lastChild);
     // Texts built from several pieces follow the document's text.
     const auto shift = static_cast<std::uint32_t>(tree_.text_.size());
     for (std::uint32_t index : copied_) tree_.nodes_[index].offset += shift;
@@ -271,8 +229,48 @@ class OFXXMLTreeBuilder {
     return true;
   }
 
+  // The element whose children are being added, and its last child so far.
+  struct Frame {
+    std::uint32_t node;
+    std::uint32_t lastChild;
+  };
+
+  // Called by pugixml for every node below the document, in document order;
+  // depth() is 0 for the document's own children. False stops the walk.
+  bool for_each(pugi::xml_node& node) override {
+    const auto parentFrames = static_cast<std::size_t>(depth()) + 1;
+    while (frames_.size() > parentFrames) closeFrame();
+    Frame& parent = frames_.back();
+    switch (node.type()) {
+      case pugi::node_element: {
+        flushText(parent.node, parent.lastChild);
+        for (pugi::xml_attribute attribute = node.first_attribute(); attribute;
+             attribute = attribute.next_attribute()) {
+          if (!checkReferences(attribute.value())) return false;
+        }
+        const std::uint32_t index = addNode(XMLNodeType::Element, node.name());
+        appendChild(parent.node, parent.lastChild, index);
+        frames_.push_back({index, OFXXMLTree::kNone});  // may move `parent`
+        return true;
+      }
+      case pugi::node_pcdata:
+        return addCharacterData(node.value(), parent.node, parent.lastChild);
+      case pugi::node_cdata:
+        addText(node.value(), false);
+        return true;
+      default:
+        return true;
+    }
+  }
+
+  // Ends the innermost element: its pending text becomes its last child.
+  void closeFrame() {
+    flushText(frames_.back().node, frames_.back().lastChild);
+    frames_.pop_back();
+  }
+
  private:
-  std::uint32_t addNode(XMLNodeType type, std::string_view text) {
+  [[gnu::always_inline]] std::uint32_t addNode(XMLNodeType type, std::string_view text) {
     const auto offset = static_cast<std::uint32_t>(text.empty() ? 0 : text.data() - base_);
     tree_.nodes_.push_back({offset, static_cast<std::uint32_t>(text.size()), OFXXMLTree::kNone,
                             OFXXMLTree::kNone, type});
@@ -292,6 +290,7 @@ class OFXXMLTreeBuilder {
   // pieces become one text node.
   void addText(std::string_view text, bool inDocument) {
     if (text.empty()) return;
+    wholeData_ = false;
     if (pieces_ == 0) {
       copying_ = !inDocument;
       if (copying_) {
@@ -307,11 +306,16 @@ class OFXXMLTreeBuilder {
     ++pieces_;
   }
 
-  void flushText(std::uint32_t parent, std::uint32_t& lastChild) {
-    if (pieces_ == 0) return;
+  [[gnu::always_inline]] void flushText(std::uint32_t parent, std::uint32_t& lastChild) {
+    if (pieces_ != 0) addPendingText(parent, lastChild);
+  }
+
+  void addPendingText(std::uint32_t parent, std::uint32_t& lastChild) {
     pieces_ = 0;
     const std::string_view text = copying_ ? std::string_view(pendingCopy_) : pending_;
-    if (isWhiteSpaceOnly(text)) return;
+    // pugixml leaves out character data that is only white space; pieces
+    // cut at references, or joined, are checked here.
+    if (!wholeData_ && isWhiteSpaceOnly(text)) return;
     std::uint32_t index;
     if (!copying_) {
       index = addNode(XMLNodeType::Text, text);
@@ -326,9 +330,17 @@ class OFXXMLTreeBuilder {
   }
 
   bool addCharacterData(std::string_view text, std::uint32_t parent, std::uint32_t& lastChild) {
+    std::size_t amp = text.find('&');
+    if (amp == std::string_view::npos && pieces_ == 0 && !text.empty()) {
+      // The usual case: the whole of a piece of character data, no reference.
+      pending_ = text;
+      copying_ = false;
+      pieces_ = 1;
+      wholeData_ = true;
+      return true;
+    }
     std::size_t start = 0;
-    for (std::size_t amp = text.find('&'); amp != std::string_view::npos;
-         amp = text.find('&', start)) {
+    for (; amp != std::string_view::npos; amp = text.find('&', start)) {
       addText(text.substr(start, amp - start), true);
       const Reference reference = readReference(text.substr(amp + 1));
       if (reference.kind == Reference::Invalid) return fail(reference.problem, text.data() + amp);
@@ -368,9 +380,11 @@ class OFXXMLTreeBuilder {
   std::string_view pending_;  // a single piece of the document's text
   std::string pendingCopy_;   // or the pieces joined
   bool copying_ = false;
+  bool wholeData_ = false;  // the pending text is one whole piece of character data
   int pieces_ = 0;
   std::string copies_;
   std::vector<std::uint32_t> copied_;
+  std::vector<Frame> frames_;
 };
 
 std::unique_ptr<OFXXMLTree> OFXXMLTree::Parse(std::string bytes, bool preferUtf8,
