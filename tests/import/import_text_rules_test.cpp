@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iterator>
 #include <limits>
+#include <random>
 #include <string>
 
 namespace tarn {
@@ -92,6 +94,74 @@ TEST_F(ImportDateRules, ImportDateNumberReducesTwoDigitYearsOnly) {
     EXPECT_EQ(ImportDateNumber(row.text, row.format), row.expected)
         << row.text << " in " << row.format;
   }
+}
+
+// The reader remembers dates by their components; it must answer what the
+// plain reading answers, for every format, on another day too (formats
+// without a year read today's year, and are not remembered).
+TEST_F(ImportDateRules, DateReaderAnswersAsThePlainReading) {
+  std::mt19937 random(5);
+  const char* const formats[] = {"%m/%d/%y",  "%d/%m/%Y", "%Y/%m/%d",   "%m/%d",
+                                 "%%y/%m/%d", "%y/%j",    "%d/%m/%y %H"};
+  const char* const pieces[] = {"1", "12", "31", "2", "29", "2007", "99", "00",   "0",
+                                "/", "-",  "'",  " ", ".",  "x",    "13", "2000", "123456"};
+  for (const CalendarDate today : {CalendarDate(2007, 3, 15), CalendarDate(2012, 2, 29)}) {
+    CalendarDate::overrideNow(today);
+    for (const char* format : formats) {
+      ImportDateReader reader(format);
+      for (int round = 0; round < 3000; ++round) {
+        std::string text;
+        const int count = static_cast<int>(random() % 6);
+        for (int i = 0; i < count; ++i) text += pieces[random() % std::size(pieces)];
+        EXPECT_EQ(reader.read(text), ImportDateNumber(text, format)) << text << " in " << format;
+      }
+    }
+  }
+}
+
+// Amounts are read without building the cleaned text when the separators
+// are single ASCII characters; the plain reading is the reference.
+TEST(ImportTextRules, ReadImportAmountAnswersAsThePlainReading) {
+  std::mt19937 random(9);
+  const char* const pieces[] = {"0",
+                                "1",
+                                "5",
+                                "9",
+                                ".",
+                                ",",
+                                "-",
+                                "(",
+                                ")",
+                                " ",
+                                "$",
+                                "'",
+                                "+",
+                                "e",
+                                "\u00a0",
+                                "\u0663",
+                                "\u066b",
+                                "00000000000000000000",
+                                "12345678901234567890"};
+  const char* const separators[][2] = {{".", ","},  {",", "."},           {".", ""},  {"", ""},
+                                       {",", " "},  {"-", ","},           {".", "-"}, {".", "."},
+                                       {"ab", "x"}, {"\u066b", "\u066c"}, {"(", ")"}};
+  for (const auto& [decimal, thousands] : separators) {
+    for (int round = 0; round < 3000; ++round) {
+      std::string text;
+      const int count = static_cast<int>(random() % 9);
+      for (int i = 0; i < count; ++i) text += pieces[random() % std::size(pieces)];
+      const double plain = LeadingDecimalNumber(TweakAmountString(text, decimal, thousands));
+      const double fast = ReadImportAmount(text, decimal, thousands);
+      // Equal, and of the same sign for zeros.
+      EXPECT_TRUE(plain == fast && std::signbit(plain) == std::signbit(fast))
+          << "'" << text << "' with " << decimal << " " << thousands << ": " << plain << " vs "
+          << fast;
+    }
+  }
+  // A long text of digits is read whole.
+  const std::string digits(400, '9');
+  EXPECT_EQ(ReadImportAmount(digits, ".", ","), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(ReadImportAmount("(1,234.50)", ".", ","), -1234.5);
 }
 
 }  // namespace

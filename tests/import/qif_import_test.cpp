@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "tarn/platform/log.h"
+#include "tarn/platform/text.h"
 
 namespace tarn {
 namespace {
@@ -344,6 +346,115 @@ TEST(QIFImport, OnePassOverARecordMatchesTheMarkerSearches) {
     if (random() % 2) record += "\r";
     if (record.find_first_not_of("\r \t") == std::string::npos) continue;
     EXPECT_EQ(importer.EntryStringToEntry(record), ReferenceRecord(record)) << record;
+  }
+}
+
+// A file of many sections, account blocks and categories in mixed case, with
+// "!" inside lines: the plain reading (a search for "\r!" after each section
+// header, every entry's category compared with the list) is the reference
+// for what parse gathers in one pass.
+std::string GeneratedQif(std::mt19937& random) {
+  const char* const headers[] = {"!Type:Bank", "!Type:cash ", "!Type:CCard", "!Type:Invst",
+                                 "!Type:Oth A"};
+  const char* const categories[] = {
+      "Food", "FOOD", "food:Bars", "Rent", "R\u00e9sum\u00e9", "R\u00c9SUM\u00c9", "Pay!day"};
+  std::string qif = "!Type:Cat\nNFood\nE\n^\nNSalary\nI\n^\n";
+  for (int account = 0; account < 3; ++account) {
+    if (random() % 2) {
+      qif += "!Account\nNAccount " + std::to_string(account) + "\nTBank\n^\n";
+    }
+    const int sections = 1 + static_cast<int>(random() % 3);
+    for (int section = 0; section < sections; ++section) {
+      qif += headers[random() % std::size(headers)];
+      qif += "\n";
+      const int records = static_cast<int>(random() % 30);
+      for (int record = 0; record < records; ++record) {
+        qif += "D1/" + std::to_string(1 + random() % 28) + "'07\nT" +
+               std::to_string(static_cast<int>(random() % 2000) - 1000) + ".25\n";
+        qif += random() % 3 ? "PShop! Now\n" : "P!Bang\n";
+        if (random() % 4)
+          qif += std::string("L") + categories[random() % std::size(categories)] + "\n";
+        qif += random() % 5 ? "^\n" : "^\r\n";
+      }
+    }
+  }
+  return qif;
+}
+
+Array PlainEntries(const TARNQIFImport& importer, std::string_view text) {
+  Array entries;
+  for (std::size_t at = text.find("!Type:"); at != std::string_view::npos;) {
+    const std::size_t start = at + 6;
+    std::string type(text.substr(start, text.find('\r', start) - start));
+    while (!type.empty() && type.back() == ' ') type.pop_back();
+    bool valid = false;
+    for (const std::string& candidate : TARNQIFImport::validListTypes()) {
+      valid = valid || CaseInsensitiveEqual(type, candidate);
+    }
+    std::size_t end = text.find("\r!", start);
+    if (end == std::string_view::npos) end = text.size();
+    if (valid) {
+      for (Value& entry : importer.EntryListStringToEntries(text.substr(start, end - start))) {
+        entries.push_back(std::move(entry));
+      }
+    }
+    at = text.find("!Type:", valid ? end : start);
+  }
+  return entries;
+}
+
+TEST(QIFImport, ParseGathersWhatThePlainReadingFinds) {
+  std::mt19937 random(21);
+  for (int round = 0; round < 60; ++round) {
+    TARNQIFImport importer;
+    importer.SetDataString(GeneratedQif(random));
+    const Dictionary parsed = importer.parse();
+    const Array expected = PlainEntries(importer, importer.dataString());
+    EXPECT_EQ(parsed.at("entries").arrayValue(), expected) << round;
+
+    std::vector<std::string> names =
+        importer.EntryCategoryListStringToEntryCategories(importer.entryCategoriesListString());
+    std::vector<std::string> fromEntries;
+    for (const Value& entry : expected) {
+      const Value* category = entry.find("category");
+      if (!category) continue;
+      bool known = false;
+      for (const std::string& name : names) {
+        known = known || CaseInsensitiveEqual(name, category->stringValue());
+      }
+      if (!known) names.push_back(category->stringValue());
+    }
+    Array categories(names.begin(), names.end());
+    EXPECT_EQ(parsed.at("categories").arrayValue(), categories) << round;
+    EXPECT_EQ(importer.EntryCategories(), names) << round;
+
+    // Each named account: its exact sections, grouped in the order of the
+    // valid types.
+    const auto found = parsed.find("accounts");
+    const Array noAccounts;
+    const Array& accounts = found != parsed.end() ? found->second.arrayValue() : noAccounts;
+    const std::vector<std::string> accountNames = importer.AccountNames();
+    ASSERT_EQ(accounts.size(), accountNames.size());
+    for (std::size_t i = 0; i < accountNames.size(); ++i) {
+      const std::string_view account = *importer.AccountWithName(accountNames[i]);
+      Array plain;
+      for (const std::string& type : TARNQIFImport::validListTypes()) {
+        const std::string marker = "!Type:" + type;
+        for (std::size_t at = account.find(marker); at != std::string_view::npos;
+             at = account.find(marker, at + 1)) {
+          const std::size_t start = at + 6;
+          std::size_t end = account.find("\r!", start);
+          if (end == std::string_view::npos) end = account.size();
+          for (Value& entry :
+               importer.EntryListStringToEntries(account.substr(start, end - start))) {
+            plain.push_back(std::move(entry));
+          }
+        }
+      }
+      const Value& read = accounts[i];
+      EXPECT_EQ(Key(read, "name").stringValue(), accountNames[i]);
+      EXPECT_EQ(Key(read, "entries").arrayValue(), plain) << accountNames[i];
+    }
   }
 }
 

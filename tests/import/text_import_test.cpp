@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -168,6 +171,66 @@ TEST(TextImport, DataStringSettingsAndDefaults) {
   file->SetSkipFirstRow(true);
   ASSERT_EQ(file->Entries().size(), 1u);
   EXPECT_EQ(Key(file->Entries()[0], "toFrom").stringValue(), "Caf\u00e9");
+}
+
+// Lines are split into views with one scratch buffer for quoted fields, and
+// the types are gathered while the lines are read. Each line read on its own
+// and the types taken from the finished entries are the reference; quoted
+// types with doubled quotes live in the scratch buffer only while their line
+// is read.
+TEST(TextImport, ParseAgreesWithLinesReadOneByOne) {
+  std::mt19937 random(17);
+  const char* const types[] = {"ATM", "\"ATM\"", "\"say \"\"x\"\"\"", "\"a,b\"", "", "\"\"\"\""};
+  const char* const amounts[] = {"-5", "7", "0", "\"(1,234.50)\"", "x"};
+  for (const std::int32_t format : {kTextImportCommaSeparated, kTextImportTabSeparated}) {
+    const char separator = format == kTextImportCommaSeparated ? ',' : '\t';
+    std::string text;
+    for (int line = 0; line < 400; ++line) {
+      text += types[random() % std::size(types)];
+      text += separator;
+      text += amounts[random() % std::size(amounts)];
+      text += separator;
+      text += "Desc \"" + std::to_string(line) + "\"";
+      text += random() % 7 ? "\n" : "\r\n\n";
+    }
+    TARNTextImport importer;
+    importer.SetDataFormat(format);
+    importer.SetDataLayout(
+        std::vector<std::int32_t>{kColumnType, kColumnAmount, kColumnDescription});
+    importer.SetDataString(text);
+    const Dictionary parsed = importer.parse();
+
+    Array expected;
+    for (std::size_t start = 1; start < importer.dataString().size();) {
+      std::size_t end = importer.dataString().find_first_of("\r\n", start);
+      if (end == std::string::npos) end = importer.dataString().size();
+      Value entry = importer.EntryStringToEntry(
+          std::string_view(importer.dataString()).substr(start, end - start));
+      if (!entry.isNil()) expected.push_back(std::move(entry));
+      start = end + 1;
+    }
+    EXPECT_EQ(parsed.at("entries").arrayValue(), expected);
+
+    Array expectedTypes;
+    for (const Value& entry : expected) {
+      const Value* type = entry.find("type");
+      if (!type) continue;
+      Value pair(Dictionary{{"isDeposit", Key(entry, "isDeposit").boolValue()},
+                            {"name", type->stringValue()}});
+      if (std::find(expectedTypes.begin(), expectedTypes.end(), pair) == expectedTypes.end()) {
+        expectedTypes.push_back(pair);
+      }
+    }
+    EXPECT_EQ(parsed.at("types").arrayValue(), expectedTypes);
+    EXPECT_GT(expectedTypes.size(), 6u);
+  }
+  // A text handed in as it stands: line feeds end lines as carriage returns do.
+  TARNTextImport importer;
+  importer.SetDataLayout(std::vector<std::int32_t>{kColumnDescription, kColumnAmount});
+  const Array entries = importer.EntryListStringToEntries("a,1\nb,2\r\r\nc,3\n");
+  ASSERT_EQ(entries.size(), 3u);
+  EXPECT_EQ(Key(entries[1], "description"), Value("b"));
+  EXPECT_EQ(Key(entries[2], "amount"), Value(3.0));
 }
 
 }  // namespace

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 #include <unicode/ucnv.h>
+#include <unicode/ustring.h>
 
+#include <optional>
+#include <random>
 #include <set>
 #include <string>
 #include <utility>
@@ -104,6 +107,56 @@ TEST(Encodings, WindowsCodePagesAndCharsetNames) {
 TEST(Encodings, DefaultEncodingComesFromTheLocale) {
   // The tests run under LC_ALL=C.UTF-8.
   EXPECT_EQ(DefaultCStringEncoding(), kUTF8StringEncoding);
+}
+
+// The plain reading: the converter turns the bytes into UTF-16, ICU turns
+// that into UTF-8, and a leading byte-order mark is dropped.
+std::optional<std::string> DecodeThroughUtf16(const std::string& bytes, const char* icuName) {
+  UErrorCode status = U_ZERO_ERROR;
+  UConverter* converter = ucnv_open(icuName, &status);
+  ucnv_setToUCallBack(converter, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+  std::u16string units(bytes.size() * 2 + 16, u'\0');
+  const int32_t length = ucnv_toUChars(converter, units.data(), static_cast<int32_t>(units.size()),
+                                       bytes.data(), static_cast<int32_t>(bytes.size()), &status);
+  ucnv_close(converter);
+  if (U_FAILURE(status)) return std::nullopt;
+  units.resize(static_cast<std::size_t>(length));
+  if (!units.empty() && units.front() == u'\uFEFF') units.erase(0, 1);
+  std::string text(units.size() * 3, '\0');
+  int32_t written = 0;
+  u_strToUTF8(text.data(), static_cast<int32_t>(text.size()), &written, units.data(),
+              static_cast<int32_t>(units.size()), &status);
+  if (U_FAILURE(status)) return std::nullopt;
+  text.resize(static_cast<std::size_t>(written));
+  return text;
+}
+
+// Single-byte files are decoded through a table of the 256 bytes; the result
+// must be the converter's own, unmappable bytes (0x81 in Windows 1252, any
+// high byte in ASCII) included.
+TEST(Encodings, SingleByteDecodingMatchesTheConverter) {
+  const std::pair<StringEncoding, const char*> encodings[] = {
+      {kWindowsCP1252StringEncoding, "windows-1252"}, {kISOLatin1StringEncoding, "ISO-8859-1"},
+      {kMacOSRomanStringEncoding, "macintosh"},       {kASCIIStringEncoding, "US-ASCII"},
+      {kWindowsCP1251StringEncoding, "windows-1251"}, {kISOLatin2StringEncoding, "ISO-8859-2"}};
+  std::mt19937 random(3);
+  for (const auto& [encoding, icuName] : encodings) {
+    for (int round = 0; round < 400; ++round) {
+      std::string bytes;
+      const int length = static_cast<int>(random() % 40);
+      for (int i = 0; i < length; ++i) {
+        // Mostly ASCII, as real files are, with every byte now and then.
+        const unsigned value = random() % 4 ? random() % 0x80 : random() % 0x100;
+        bytes += static_cast<char>(value);
+      }
+      EXPECT_EQ(DecodeToUtf8(bytes, encoding), DecodeThroughUtf16(bytes, icuName))
+          << icuName << " round " << round;
+    }
+    // A long file, across the ASCII runs.
+    std::string bytes(100000, 'a');
+    for (std::size_t i = 0; i < bytes.size(); i += 997) bytes[i] = static_cast<char>(0xE9);
+    EXPECT_EQ(DecodeToUtf8(bytes, encoding), DecodeThroughUtf16(bytes, icuName)) << icuName;
+  }
 }
 
 }  // namespace

@@ -40,6 +40,29 @@ std::string NormaliseImportLineEnds(std::string_view text) {
   return copy;
 }
 
+void NormaliseImportLineEndsInPlace(std::string& text) {
+  const std::size_t length = text.size();
+  text.insert(text.begin(), '\r');
+  // Over [0, length) of the result: the final character stays as it is.
+  char* p = text.data();
+  char* const end = text.data() + length;
+  while ((p = static_cast<char*>(std::memchr(p, '\n', static_cast<std::size_t>(end - p))))) {
+    *p++ = '\r';
+  }
+}
+
+std::size_t CountOf(char byte, std::string_view text) {
+  std::size_t count = 0;
+  const char* at = text.data();
+  const char* const end = text.data() + text.size();
+  while (
+      (at = static_cast<const char*>(std::memchr(at, byte, static_cast<std::size_t>(end - at))))) {
+    ++count;
+    ++at;
+  }
+  return count;
+}
+
 std::string_view TrimImportWhiteSpace(std::string_view text) {
   std::size_t start = 0, next = 0;
   while (start < text.size() && IsWhiteSpaceAt(text, start, next)) start = next;
@@ -51,6 +74,61 @@ std::string_view TrimImportWhiteSpace(std::string_view text) {
     end = last;
   }
   return text.substr(start, end - start);
+}
+
+void CSVLineFields(std::string_view line, std::vector<std::string_view>& fields,
+                   std::string& scratch) {
+  fields.clear();
+  scratch.clear();
+  // Built fields are never longer than the line: views into scratch stay put.
+  scratch.reserve(line.size());
+  std::size_t position = 0;
+  for (;;) {
+    const bool quoted = position < line.size() && line[position] == '"';
+    std::string_view inQuotes;
+    std::size_t builtFrom = std::string::npos;  // where this field starts in scratch
+    if (quoted) {
+      // Up to the closing quote, a doubled quote standing for one.
+      std::size_t runStart = ++position;
+      std::size_t contentEnd = line.size();
+      for (;;) {
+        const std::size_t quote = line.find('"', position);
+        if (quote == std::string_view::npos) {
+          position = line.size();
+          break;
+        }
+        if (quote + 1 < line.size() && line[quote + 1] == '"') {
+          if (builtFrom == std::string::npos) builtFrom = scratch.size();
+          scratch.append(line.substr(runStart, quote + 1 - runStart));
+          position = runStart = quote + 2;
+          continue;
+        }
+        contentEnd = quote;
+        position = quote + 1;
+        break;
+      }
+      inQuotes = line.substr(runStart, contentEnd - runStart);
+      if (builtFrom != std::string::npos) scratch.append(inQuotes);
+    }
+    // Unquoted text, or what follows a closing quote, runs to the next comma.
+    const std::size_t comma = line.find(',', position);
+    const std::size_t end = comma == std::string_view::npos ? line.size() : comma;
+    const std::string_view rest = line.substr(position, end - position);
+    if (!quoted) {
+      fields.push_back(rest);
+    } else if (builtFrom == std::string::npos && rest.empty()) {
+      fields.push_back(inQuotes);
+    } else {
+      if (builtFrom == std::string::npos) {
+        builtFrom = scratch.size();
+        scratch.append(inQuotes);
+      }
+      scratch.append(rest);
+      fields.push_back(std::string_view(scratch).substr(builtFrom));
+    }
+    if (comma == std::string_view::npos) break;
+    position = comma + 1;
+  }
 }
 
 std::optional<std::string> DecodeImportBytes(std::string_view bytes, StringEncoding encoding,

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tarn/platform/encodings.h"
 
@@ -18,6 +19,12 @@ namespace tarn {
 // (the replacement runs over the length of the original text, one short of
 // the copy). Every line, the first included, then follows a carriage return.
 std::string NormaliseImportLineEnds(std::string_view text);
+// The same, in the text's own storage: a file's text is not copied.
+void NormaliseImportLineEndsInPlace(std::string& text);
+
+// How many times a byte occurs in a text (records by their carets, lines by
+// their carriage returns), to reserve an array once.
+std::size_t CountOf(char byte, std::string_view text);
 
 // White space (Unicode White_Space, line ends included) trimmed at both ends.
 std::string_view TrimImportWhiteSpace(std::string_view text);
@@ -47,6 +54,15 @@ class ForwardFinder {
   std::size_t found_ = 0;
   bool searched_ = false;
 };
+
+// The fields of one comma-separated line, as CSVLineComponents splits it
+// (double quotes around a field, a doubled quote inside standing for one,
+// text after a closing quote kept up to the next comma), as views: into the
+// line where a field is a stretch of it, else into `scratch`, which the call
+// reserves for the whole line so that its views stay valid until the next
+// call with it.
+void CSVLineFields(std::string_view line, std::vector<std::string_view>& fields,
+                   std::string& scratch);
 
 // The text of a file decoded from an encoding; when the bytes are not valid in
 // it, decoded as the bytes suggest: a byte-order mark, else UTF-8 when valid,

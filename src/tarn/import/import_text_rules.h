@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "tarn/platform/calendar_date.h"
 #include "tarn/platform/number_text.h"
@@ -39,26 +40,32 @@ std::string TweakDateString(std::string_view text, std::string_view dateFormat);
 // text is read in the format. 0 when it does not read as a real date.
 DateNumber ImportDateNumber(std::string_view text, std::string_view dateFormat);
 
-// ImportDateNumber in one date format, remembering the last text it read:
-// the records of a file come in date order, so most dates repeat the one
-// before. Not shared between threads.
+// The cleaned amount read as a number: LeadingDecimalNumber of
+// TweakAmountString, without building the cleaned text when the separators
+// are single ASCII characters (or empty) and the text is ASCII, the usual
+// case; any other text takes the plain reading.
+double ReadImportAmount(std::string_view text, std::string_view decimalSeparator,
+                        std::string_view thousandsSeparator);
+
+// ImportDateNumber in one date format, for the many dates of one file. It
+// remembers the last text it read (the records of a file usually come in
+// date order), and, when the format names the year, the date number of each
+// triple of components it has met: a file holds few distinct days, so the
+// calendar reading runs once for each. Without a year in the format the
+// reading depends on today and is not remembered. Not shared between threads.
 class ImportDateReader {
  public:
-  explicit ImportDateReader(std::string dateFormat) : format_(std::move(dateFormat)) {}
-  DateNumber read(std::string_view text) {
-    if (!valid_ || text != lastText_) {
-      lastText_.assign(text);
-      lastDate_ = ImportDateNumber(text, format_);
-      valid_ = true;
-    }
-    return lastDate_;
-  }
+  explicit ImportDateReader(std::string dateFormat);
+  DateNumber read(std::string_view text);
 
  private:
   std::string format_;
+  bool reduceYears_ = false;    // the format holds "%y": components modulo 100
+  bool rememberDates_ = false;  // the format names the year
   std::string lastText_;
   DateNumber lastDate_ = 0;
   bool valid_ = false;
+  std::unordered_map<std::uint64_t, DateNumber> datesOfComponents_;
 };
 
 // The leading integer of a text as a 32-bit number, clamped: the platform's

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <unordered_set>
 
+#include "tarn/import/import_entry_keys.h"
 #include "tarn/import/import_scanning.h"
 #include "tarn/platform/bulk_storage.h"
 #include "tarn/platform/log.h"
@@ -15,10 +17,23 @@ namespace {
 
 constexpr std::string_view kTypeMarker = "!Type:";
 constexpr std::string_view kAccountHeader = "!Account\r";
-constexpr std::string_view kSectionEnd = "\r!";
 constexpr std::string_view kCategorySection = "!Type:Cat\r";
 constexpr std::string_view kAutoSwitchStart = "!Option:AutoSwitch";
 constexpr std::string_view kAutoSwitchEnd = "!Clear:AutoSwitch\r";
+
+// The end of a section: the next line that begins with "!", that is the
+// position of the next "\r!" at or after `from` (the text's size when there
+// is none). Searched by its rare "!", not by the carriage return that
+// begins every line.
+std::size_t SectionEnd(std::string_view text, std::size_t from) {
+  for (std::size_t at = from + 1; at < text.size(); ++at) {
+    const void* found = std::memchr(text.data() + at, '!', text.size() - at);
+    if (found == nullptr) break;
+    at = static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+    if (text[at - 1] == '\r') return at - 1;
+  }
+  return text.size();
+}
 
 // One line of a record: the text after its one-letter code, and whether the
 // record ends without a carriage return after it.
@@ -32,10 +47,16 @@ struct RecordLine {
 // order; the text before the record's first carriage return is no line.
 template <class Visit>
 void ForEachRecordLine(std::string_view record, Visit&& visit) {
-  std::size_t cr = record.find('\r');
+  // Lines are a few bytes long: a plain loop finds their ends sooner than a
+  // library search called for each.
+  const auto nextReturn = [&record](std::size_t from) {
+    while (from < record.size() && record[from] != '\r') ++from;
+    return from < record.size() ? from : std::string_view::npos;
+  };
+  std::size_t cr = nextReturn(0);
   while (cr != std::string_view::npos) {
     const std::size_t start = cr + 1;
-    const std::size_t next = record.find('\r', start);
+    const std::size_t next = nextReturn(start);
     const std::size_t end = next == std::string_view::npos ? record.size() : next;
     if (end > start) {
       visit(RecordLine{record[start], record.substr(start + 1, end - start - 1),
@@ -146,12 +167,13 @@ void TARNQIFImport::SetDataString(std::optional<std::string> text) {
   dataString_.clear();
   entryCategoriesListString_.clear();
   if (!text) {
-    error_ = kQIFImportNoData;
+    SetError(kQIFImportNoData);
     return;
   }
-  error_ = kQIFImportNoError;
-  std::string working = NormaliseImportLineEnds(*text);
+  SetError(kQIFImportNoError);
+  std::string working = std::move(*text);
   text.reset();
+  NormaliseImportLineEndsInPlace(working);
   SaveEntryCategoriesListString(working);
 
   const std::size_t autoSwitch = working.find(kAutoSwitchStart);
@@ -159,7 +181,7 @@ void TARNQIFImport::SetDataString(std::optional<std::string> text) {
     const std::size_t clear = working.find(kAutoSwitchEnd, autoSwitch);
     if (clear == std::string::npos) {
       Log("No end to !Option:AutoSwitch tag in [TARNQIFImport SetDataString:].");
-      error_ = kQIFImportUnterminatedAutoSwitch;
+      SetError(kQIFImportUnterminatedAutoSwitch);
       RemoveInvalidAccounts();
       return;
     }
@@ -168,14 +190,6 @@ void TARNQIFImport::SetDataString(std::optional<std::string> text) {
   }
   dataString_ = std::move(working);
   RemoveInvalidAccounts();
-}
-
-void TARNQIFImport::SetDecimalSeparator(std::optional<std::string> separator) {
-  if (separator) decimalSeparator_ = std::move(*separator);
-}
-
-void TARNQIFImport::SetThousandsSeparator(std::optional<std::string> separator) {
-  if (separator) thousandsSeparator_ = std::move(*separator);
 }
 
 void TARNQIFImport::SetSettings(const QIFImportSettings& settings, std::string dateFormat) {
@@ -227,25 +241,37 @@ void TARNQIFImport::RemoveInvalidAccounts() {
 
 plist::Array TARNQIFImport::EntryListStringToEntries(std::string_view list) const {
   plist::Array entries;
-  ForEachRecord(list, [&](std::string_view record) {
-    plist::Value entry = EntryStringToEntry(record);
-    if (!entry.isNil()) entries.push_back(std::move(entry));
-  });
+  entries.reserve(CountOf('^', list));
+  AppendEntries(list, entries, nullptr);
   return entries;
 }
 
+void TARNQIFImport::AppendEntries(std::string_view list, plist::Array& entries,
+                                  std::vector<std::string_view>* categories) const {
+  ForEachRecord(list, [&](std::string_view record) {
+    plist::Value entry = EntryOf(record, categories);
+    if (!entry.isNil()) entries.push_back(std::move(entry));
+  });
+}
+
 plist::Value TARNQIFImport::EntryStringToEntry(std::string_view record) const {
+  return EntryOf(record, nullptr);
+}
+
+plist::Value TARNQIFImport::EntryOf(std::string_view record,
+                                    std::vector<std::string_view>* categories) const {
   if (IsBlank(record)) return {};
   // The first line of each code, as a search for "\r" and the code from the
   // record's start finds it; split lines are all kept, in order.
   std::optional<std::string_view> date, amount, payee, memo, category, number;
   bool cleared = false;
   bool seen[128] = {};
+  const bool splitLines = GetImportSplitLineItems();
   std::vector<std::string_view> splitCategories, splitDescriptions, splitAmounts;
   ForEachRecordLine(record, [&](const RecordLine& line) {
     const auto code = static_cast<unsigned char>(line.code);
     if (code == 'S' || code == 'E' || code == '$') {
-      if (!importSplitLineItems_ || (line.text.empty() && line.last)) return;
+      if (!splitLines || (line.text.empty() && line.last)) return;
       auto& list = code == 'S' ? splitCategories : code == 'E' ? splitDescriptions : splitAmounts;
       list.push_back(line.text);
       return;
@@ -281,7 +307,7 @@ plist::Value TARNQIFImport::EntryStringToEntry(std::string_view record) const {
   });
 
   double value = 0.0;
-  if (amount) value = LeadingDecimalNumber(TweakAmountString(*amount));
+  if (amount) value = options_.ReadAmount(*amount);
   // The P, M and L texts by key, in the order P, M, L, so that the later of
   // two lines sent to one key wins.
   std::optional<std::string_view> byKey[3];
@@ -300,27 +326,13 @@ plist::Value TARNQIFImport::EntryStringToEntry(std::string_view record) const {
     if (read != std::numeric_limits<std::int32_t>::max()) checkNumber = read;
   }
 
-  // Keys in ascending order, so that each one is appended.
-  plist::Dictionary entry;
-  entry.reserve(9);
-  entry.try_emplace("amount", value);
-  if (byKey[kImportFieldCategory]) {
-    entry.try_emplace("category", std::string(*byKey[kImportFieldCategory]));
-  }
-  entry.try_emplace("cleared", cleared);
-  if (date) entry.try_emplace("date", dates_.read(*date));
-  if (byKey[kImportFieldDescription]) {
-    entry.try_emplace("description", std::string(*byKey[kImportFieldDescription]));
-  }
-  entry.try_emplace("isDeposit", value != 0.0 ? value > 0.0 : importZeroAmountsAsDeposits_);
-  if (checkNumber) entry.try_emplace("number", *checkNumber);
-
+  std::optional<plist::Array> splits;
   if (!splitAmounts.empty()) {
     std::vector<double> amounts;
     amounts.reserve(splitAmounts.size());
     double sum = 0.0;
     for (std::string_view text : splitAmounts) {
-      amounts.push_back(LeadingDecimalNumber(TweakAmountString(text)));
+      amounts.push_back(options_.ReadAmount(text));
       sum += amounts.back();
     }
     bool keep = true;
@@ -339,27 +351,52 @@ plist::Value TARNQIFImport::EntryStringToEntry(std::string_view record) const {
       splitDescriptions.assign(count, std::string_view());
     }
     if (keep && splitCategories.size() == count && splitDescriptions.size() == count) {
-      plist::Array splits;
-      splits.reserve(count);
+      splits.emplace();
+      splits->reserve(count);
       for (std::size_t i = 0; i < count; ++i) {
         plist::Dictionary split;
         split.reserve(3);
-        split.try_emplace("amount", amounts[i]);
-        split.try_emplace("category", std::string(splitCategories[i]));
-        split.try_emplace("description", std::string(splitDescriptions[i]));
-        splits.emplace_back(std::move(split));
+        split.appendSorted(kImportAmountKey, amounts[i]);
+        split.appendSorted(kImportCategoryKey, std::string(splitCategories[i]));
+        split.appendSorted(kImportDescriptionKey, std::string(splitDescriptions[i]));
+        splits->emplace_back(std::move(split));
       }
-      entry.try_emplace("splits", std::move(splits));
     }
   }
+
+  // Keys in ascending order: each one is appended without a comparison.
+  plist::Dictionary entry;
+  // Exactly the keys it gets: a million entries are hundreds of megabytes.
+  entry.reserve(3 + byKey[kImportFieldCategory].has_value() + date.has_value() +
+                byKey[kImportFieldDescription].has_value() + checkNumber.has_value() +
+                splits.has_value() + byKey[kImportFieldToFrom].has_value());
+  entry.appendSorted(kImportAmountKey, value);
+  if (byKey[kImportFieldCategory]) {
+    entry.appendSorted(kImportCategoryKey, std::string(*byKey[kImportFieldCategory]));
+    if (categories) categories->push_back(*byKey[kImportFieldCategory]);
+  }
+  entry.appendSorted(kImportClearedKey, cleared);
+  if (date) entry.appendSorted(kImportDateKey, options_.ReadDate(*date));
+  if (byKey[kImportFieldDescription]) {
+    entry.appendSorted(kImportDescriptionKey, std::string(*byKey[kImportFieldDescription]));
+  }
+  entry.appendSorted(kImportIsDepositKey, options_.IsDeposit(value));
+  if (checkNumber) entry.appendSorted(kImportNumberKey, *checkNumber);
+  if (splits) entry.appendSorted(kImportSplitsKey, std::move(*splits));
   if (byKey[kImportFieldToFrom])
-    entry.try_emplace("toFrom", std::string(*byKey[kImportFieldToFrom]));
+    entry.appendSorted(kImportToFromKey, std::string(*byKey[kImportFieldToFrom]));
   return entry;
 }
 
 plist::Array TARNQIFImport::Entries() const {
+  return EntriesOfSections(nullptr);
+}
+
+plist::Array TARNQIFImport::EntriesOfSections(std::vector<std::string_view>* categories) const {
   const std::string_view text = dataString_;
-  plist::Array entries;
+  // The bank-like sections first, then their entries in one array reserved
+  // once: a file of many sections must not grow it section by section.
+  std::vector<std::string_view> sections;
   ForwardFinder lineEnd(text, "\r");
   bool anySection = false;
   std::size_t at = text.find(kTypeMarker);
@@ -374,17 +411,21 @@ plist::Array TARNQIFImport::Entries() const {
     }
     std::size_t resume = typeStart;
     if (valid) {
-      std::size_t end = text.find(kSectionEnd, typeStart);
-      if (end == std::string_view::npos) end = text.size();
-      plist::Array section = EntryListStringToEntries(text.substr(typeStart, end - typeStart));
-      for (plist::Value& entry : section) entries.push_back(std::move(entry));
+      const std::size_t end = SectionEnd(text, typeStart);
+      sections.push_back(text.substr(typeStart, end - typeStart));
       // Go on after the section, so no record is read twice.
       resume = end;
     }
     at = text.find(kTypeMarker, resume);
   }
   // A file of bare records, with no header at all, is one bank list.
-  if (entries.empty() && !text.empty() && !anySection) return EntryListStringToEntries(text);
+  if (!anySection && !text.empty()) sections.push_back(text);
+  std::size_t records = 0;
+  for (std::string_view section : sections) records += CountOf('^', section);
+  plist::Array entries;
+  entries.reserve(records);
+  if (categories) categories->reserve(records);
+  for (std::string_view section : sections) AppendEntries(section, entries, categories);
   return entries;
 }
 
@@ -402,8 +443,7 @@ plist::Array TARNQIFImport::AccountEntries(std::string_view accountText) const {
     std::size_t resume = start;
     for (std::size_t k = 0; k < types.size(); ++k) {
       if (!type.starts_with(types[k])) continue;
-      std::size_t end = accountText.find(kSectionEnd, start);
-      if (end == std::string_view::npos) end = accountText.size();
+      const std::size_t end = SectionEnd(accountText, start);
       sections.emplace_back(k, accountText.substr(start, end - start));
       resume = end;
       break;
@@ -412,11 +452,11 @@ plist::Array TARNQIFImport::AccountEntries(std::string_view accountText) const {
   }
   std::stable_sort(sections.begin(), sections.end(),
                    [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::size_t records = 0;
+  for (const auto& [type, section] : sections) records += CountOf('^', section);
   plist::Array entries;
-  for (const auto& [type, section] : sections) {
-    plist::Array read = EntryListStringToEntries(section);
-    for (plist::Value& entry : read) entries.push_back(std::move(entry));
-  }
+  entries.reserve(records);
+  for (const auto& [type, section] : sections) AppendEntries(section, entries, nullptr);
   return entries;
 }
 
@@ -456,8 +496,7 @@ void TARNQIFImport::SaveEntryCategoriesListString(std::string_view text) {
   const std::size_t at = text.find(kCategorySection);
   if (at == std::string_view::npos) return;
   const std::size_t start = at + kCategorySection.size() - 1;  // from its carriage return
-  std::size_t end = text.find(kSectionEnd, start);
-  if (end == std::string_view::npos) end = text.size();
+  const std::size_t end = SectionEnd(text, start);
   entryCategoriesListString_.assign(text.substr(start, end - start));
 }
 
@@ -492,32 +531,38 @@ plist::Array TARNQIFImport::EntryTypeListStringToEntryTypes(std::string_view lis
   return types;
 }
 
-std::vector<std::string> TARNQIFImport::CategoriesOf(const plist::Array& entries) const {
+std::vector<std::string> TARNQIFImport::CategoriesOf(
+    const std::vector<std::string_view>& entryCategories) const {
   std::vector<std::string> names =
       EntryCategoryListStringToEntryCategories(entryCategoriesListString_);
   std::unordered_set<std::string> known;
   for (const std::string& name : names) known.insert(CaseFold(name));
-  for (const plist::Value& entry : entries) {
-    const plist::Value* category = entry.find("category");
-    if (!category) continue;
-    const std::string& name = category->stringValue();
-    if (known.insert(CaseFold(name)).second) names.push_back(name);
+  // A file repeats a few names many times: each distinct text is folded once.
+  std::unordered_set<std::string_view> met;
+  for (std::string_view name : entryCategories) {
+    if (!met.insert(name).second) continue;
+    if (known.insert(CaseFold(name)).second) names.emplace_back(name);
   }
   return names;
 }
 
 std::vector<std::string> TARNQIFImport::EntryCategories() const {
-  return CategoriesOf(Entries());
+  std::vector<std::string_view> categories;
+  EntriesOfSections(&categories);
+  return CategoriesOf(categories);
 }
 
 plist::Dictionary TARNQIFImport::parse() const {
   // The whole tree is built at once.
   plist::BulkStorageScope bulk;
   plist::Dictionary result;
-  plist::Array entries = Entries();
+  // The entries' category texts are gathered while they are read, so that
+  // the categories need no second walk over a million dictionaries.
+  std::vector<std::string_view> entryCategories;
+  plist::Array entries = EntriesOfSections(&entryCategories);
 
   plist::Array categories;
-  for (std::string& name : CategoriesOf(entries)) categories.emplace_back(std::move(name));
+  for (std::string& name : CategoriesOf(entryCategories)) categories.emplace_back(std::move(name));
 
   // Each named account reads its own sections, from just after its header's
   // "!" up to the next "!Account".
@@ -541,18 +586,6 @@ plist::Dictionary TARNQIFImport::parse() const {
   result.insert_or_assign("categories", std::move(categories));
   result.insert_or_assign("entries", std::move(entries));
   return result;
-}
-
-std::string TARNQIFImport::TweakAmountString(std::string_view text) const {
-  return tarn::TweakAmountString(text, decimalSeparator_, thousandsSeparator_);
-}
-
-DateComponents TARNQIFImport::DateStringComponents(std::string_view text) const {
-  return tarn::DateStringComponents(text, dateFormatString_);
-}
-
-std::string TARNQIFImport::TweakDateString(std::string_view text) const {
-  return tarn::TweakDateString(text, dateFormatString_);
 }
 
 }  // namespace tarn

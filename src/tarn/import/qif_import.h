@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "tarn/account/account_settings.h"
-#include "tarn/import/import_text_rules.h"
+#include "tarn/import/import_options.h"
 #include "tarn/platform/encodings.h"
 #include "tarn/platform/value.h"
 
@@ -48,31 +48,33 @@ class TARNQIFImport {
   void SetDataString(std::optional<std::string> text);
   const std::string& dataString() const { return dataString_; }
 
-  void SetDateFormat(std::string format) {
-    dateFormatString_ = std::move(format);
-    dates_ = ImportDateReader(dateFormatString_);
+  // The shared reading options, one-line forwards.
+  void SetDateFormat(std::string format) { options_.SetDateFormat(std::move(format)); }
+  const std::string& GetDateFormat() const { return options_.GetDateFormat(); }
+  void SetDecimalSeparator(std::optional<std::string> s) {
+    options_.SetDecimalSeparator(std::move(s));
   }
-  const std::string& GetDateFormat() const { return dateFormatString_; }
-  void SetDecimalSeparator(std::optional<std::string> separator);
-  void SetThousandsSeparator(std::optional<std::string> separator);
-  const std::string& GetDecimalSeparator() const { return decimalSeparator_; }
-  const std::string& GetThousandsSeparator() const { return thousandsSeparator_; }
-  void SetImportZeroAmountsAsDeposits(bool on) { importZeroAmountsAsDeposits_ = on; }
-  bool GetImportZeroAmountsAsDeposits() const { return importZeroAmountsAsDeposits_; }
-  void SetImportAllCategories(bool on) { importAllCategories_ = on; }
-  bool GetImportAllCategories() const { return importAllCategories_; }
-  void SetImportSplitLineItems(bool on) { importSplitLineItems_ = on; }
-  bool GetImportSplitLineItems() const { return importSplitLineItems_; }
+  void SetThousandsSeparator(std::optional<std::string> s) {
+    options_.SetThousandsSeparator(std::move(s));
+  }
+  const std::string& GetDecimalSeparator() const { return options_.GetDecimalSeparator(); }
+  const std::string& GetThousandsSeparator() const { return options_.GetThousandsSeparator(); }
+  void SetImportZeroAmountsAsDeposits(bool on) { options_.SetImportZeroAmountsAsDeposits(on); }
+  bool GetImportZeroAmountsAsDeposits() const { return options_.GetImportZeroAmountsAsDeposits(); }
+  void SetImportAllCategories(bool on) { options_.SetImportAllCategories(on); }
+  bool GetImportAllCategories() const { return options_.GetImportAllCategories(); }
+  void SetImportSplitLineItems(bool on) { options_.SetImportSplitLineItems(on); }
+  bool GetImportSplitLineItems() const { return options_.GetImportSplitLineItems(); }
   void SetSwapOptions_Category(std::int32_t option) { swapOptions_Category_ = option; }
   void SetSwapOptions_ToFrom(std::int32_t option) { swapOptions_ToFrom_ = option; }
   void SetSwapOptions_Description(std::int32_t option) { swapOptions_Description_ = option; }
   std::int32_t GetSwapOptions_Category() const { return swapOptions_Category_; }
   std::int32_t GetSwapOptions_ToFrom() const { return swapOptions_ToFrom_; }
   std::int32_t GetSwapOptions_Description() const { return swapOptions_Description_; }
-  void SetError(std::int32_t error) { error_ = error; }
-  std::int32_t error() const { return error_; }
-  void setSourceName(std::optional<std::string> name) { sourceName_ = name.value_or(""); }
-  const std::string& sourceName() const { return sourceName_; }
+  void SetError(std::int32_t error) { options_.SetError(error); }
+  std::int32_t error() const { return options_.error(); }
+  void setSourceName(std::optional<std::string> name) { options_.setSourceName(std::move(name)); }
+  const std::string& sourceName() const { return options_.sourceName(); }
   void setImportAccount(std::int32_t account) { importAccount_ = account; }
   std::int32_t importAccount() const { return importAccount_; }
   // The remembered options of an account in one call. The settings hold the
@@ -104,9 +106,15 @@ class TARNQIFImport {
   plist::Value EntryTypeStringToEntryType(std::string_view record) const;
 
   // The shared clean-up rules, with this importer's separators and date format.
-  std::string TweakAmountString(std::string_view text) const;
-  DateComponents DateStringComponents(std::string_view text) const;
-  std::string TweakDateString(std::string_view text) const;
+  std::string TweakAmountString(std::string_view text) const {
+    return options_.TweakAmountString(text);
+  }
+  DateComponents DateStringComponents(std::string_view text) const {
+    return options_.DateStringComponents(text);
+  }
+  std::string TweakDateString(std::string_view text) const {
+    return options_.TweakDateString(text);
+  }
 
   void RemoveInvalidAccounts();
 
@@ -118,23 +126,21 @@ class TARNQIFImport {
 
  private:
   plist::Array AccountEntries(std::string_view accountText) const;
-  std::vector<std::string> CategoriesOf(const plist::Array& entries) const;
+  // Entries of every bank-like section; with `categories`, also each entry's
+  // "category" text, a view into the data string.
+  plist::Array EntriesOfSections(std::vector<std::string_view>* categories) const;
+  void AppendEntries(std::string_view list, plist::Array& entries,
+                     std::vector<std::string_view>* categories) const;
+  plist::Value EntryOf(std::string_view record, std::vector<std::string_view>* categories) const;
+  std::vector<std::string> CategoriesOf(const std::vector<std::string_view>& entryCategories) const;
 
   std::string dataString_;
   std::string entryTypesListString_;  // reserved; nothing fills it
   std::string entryCategoriesListString_;
-  std::string dateFormatString_ = "%m/%d/%y";
-  mutable ImportDateReader dates_{dateFormatString_};
-  std::string decimalSeparator_ = ".";
-  std::string thousandsSeparator_ = ",";
-  bool importZeroAmountsAsDeposits_ = true;
-  bool importAllCategories_ = false;
-  bool importSplitLineItems_ = true;
-  std::int32_t error_ = kQIFImportNoError;
+  ImportOptions options_{/*importSplitLineItems=*/true};
   std::int32_t swapOptions_Category_ = kImportFieldCategory;
   std::int32_t swapOptions_ToFrom_ = kImportFieldToFrom;
   std::int32_t swapOptions_Description_ = kImportFieldDescription;
-  std::string sourceName_;
   std::int32_t importAccount_ = -1;
 };
 

@@ -1,9 +1,13 @@
 #include "tarn/import/text_import.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <functional>
 #include <limits>
 #include <unordered_set>
 
+#include "tarn/import/import_entry_keys.h"
 #include "tarn/import/import_scanning.h"
 #include "tarn/platform/bulk_storage.h"
 #include "tarn/platform/collections.h"
@@ -21,7 +25,35 @@ bool IsLineEnd(char c) {
   return c == '\r' || c == '\n';
 }
 
+struct TextHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const {
+    return std::hash<std::string_view>{}(text);
+  }
+};
+
 }  // namespace
+
+// The distinct {"name", "isDeposit"} pairs of the entries' "type" texts, in
+// the order they first appear.
+class TARNTextImport::TypeList {
+ public:
+  void add(std::string_view name, bool deposit) {
+    if (seen_[deposit].find(name) != seen_[deposit].end()) return;
+    seen_[deposit].emplace(name);
+    plist::Dictionary type;
+    type.try_emplace(kImportIsDepositKey, deposit);
+    type.try_emplace("name", std::string(name));
+    types_.emplace_back(std::move(type));
+  }
+  plist::Array take() { return std::move(types_); }
+
+ private:
+  std::unordered_set<std::string, TextHash, std::equal_to<>> seen_[2];
+  plist::Array types_;
+};
+
+namespace {}  // namespace
 
 std::shared_ptr<TARNTextImport> TARNTextImport::initWithString(std::optional<std::string> text) {
   auto importer = std::make_shared<TARNTextImport>();
@@ -43,19 +75,12 @@ std::shared_ptr<TARNTextImport> TARNTextImport::initWithContentsOfFile(
 void TARNTextImport::SetDataString(std::optional<std::string> text) {
   if (!text) {
     dataString_.clear();
-    error_ = kTextImportNoData;
+    SetError(kTextImportNoData);
     return;
   }
-  error_ = kTextImportNoError;
-  dataString_ = NormaliseImportLineEnds(*text);
-}
-
-void TARNTextImport::SetDecimalSeparator(std::optional<std::string> separator) {
-  if (separator) decimalSeparator_ = std::move(*separator);
-}
-
-void TARNTextImport::SetThousandsSeparator(std::optional<std::string> separator) {
-  if (separator) thousandsSeparator_ = std::move(*separator);
+  SetError(kTextImportNoError);
+  dataString_ = std::move(*text);
+  NormaliseImportLineEndsInPlace(dataString_);
 }
 
 void TARNTextImport::SetSettings(const TextImportSettings& settings, std::string dateFormat) {
@@ -69,36 +94,51 @@ void TARNTextImport::SetSettings(const TextImportSettings& settings, std::string
 }
 
 plist::Array TARNTextImport::EntryListStringToEntries(std::string_view text) const {
+  return EntriesOfLines(text, nullptr);
+}
+
+plist::Array TARNTextImport::EntriesOfLines(std::string_view text, TypeList* types) const {
   plist::Array entries;
+  entries.reserve(CountOf('\r', text) + 1);
+  // One field list and one buffer for quoted fields, reused line by line.
+  std::vector<std::string_view> fields;
+  std::string scratch;
   bool skipping = skipFirstRow_;
+  // Lines end at carriage returns; a line feed can only be the text's last
+  // character, left by the normalisation, and ends its line too. Both are
+  // found by forward searches, each byte searched once for each.
+  ForwardFinder nextReturn(text, "\r");
+  ForwardFinder nextFeed(text, "\n");
   std::size_t i = 0;
   while (i < text.size()) {
-    // Lines end at carriage returns; a line feed can only be the text's last
-    // character, left by the normalisation, and ends its line too.
     while (i < text.size() && IsLineEnd(text[i])) ++i;
     if (i == text.size()) break;
-    std::size_t end = i;
-    while (end < text.size() && !IsLineEnd(text[end])) ++end;
+    const std::size_t end = std::min(nextReturn.next(i), nextFeed.next(i));
     const std::string_view line = text.substr(i, end - i);
     i = end;
     if (skipping) {
       skipping = false;
       continue;
     }
-    plist::Value entry = EntryStringToEntry(line);
+    plist::Value entry = EntryOf(line, fields, scratch, types);
     if (!entry.isNil()) entries.push_back(std::move(entry));
   }
   return entries;
 }
 
 plist::Value TARNTextImport::EntryStringToEntry(std::string_view line) const {
-  if (line.empty()) return {};
-  std::vector<std::string> csvFields;
   std::vector<std::string_view> fields;
+  std::string scratch;
+  return EntryOf(line, fields, scratch, nullptr);
+}
+
+plist::Value TARNTextImport::EntryOf(std::string_view line, std::vector<std::string_view>& fields,
+                                     std::string& scratch, TypeList* types) const {
+  if (line.empty()) return {};
   if (dataFormat_ == kTextImportCommaSeparated) {
-    csvFields = CSVLineComponents(line);
-    fields.assign(csvFields.begin(), csvFields.end());
+    CSVLineFields(line, fields, scratch);
   } else {
+    fields.clear();
     std::size_t start = 0;
     for (std::size_t tab; (tab = line.find('\t', start)) != std::string_view::npos;
          start = tab + 1) {
@@ -119,7 +159,7 @@ plist::Value TARNTextImport::EntryStringToEntry(std::string_view line) const {
     const std::string_view text = fields[column];
     switch (dataLayout_[column]) {
       case kColumnAmount:
-        amount = LeadingDecimalNumber(TweakAmountString(text));
+        amount = options_.ReadAmount(text);
         break;
       case kColumnNumber:
         if (const std::int32_t read = LeadingInteger(text);
@@ -128,7 +168,7 @@ plist::Value TARNTextImport::EntryStringToEntry(std::string_view line) const {
         }
         break;
       case kColumnDate:
-        date = dates_.read(text);
+        date = options_.ReadDate(text);
         break;
       case kColumnDescription:
         description = text;
@@ -146,12 +186,10 @@ plist::Value TARNTextImport::EntryStringToEntry(std::string_view line) const {
         type = text;
         break;
       case kColumnDebit:
-        if (!text.empty())
-          negativeAmount = -std::fabs(LeadingDecimalNumber(TweakAmountString(text)));
+        if (!text.empty()) negativeAmount = -std::fabs(options_.ReadAmount(text));
         break;
       case kColumnDeposit:
-        if (!text.empty())
-          positiveAmount = std::fabs(LeadingDecimalNumber(TweakAmountString(text)));
+        if (!text.empty()) positiveAmount = std::fabs(options_.ReadAmount(text));
         break;
       case kColumnCategory:
         category = text;
@@ -168,21 +206,27 @@ plist::Value TARNTextImport::EntryStringToEntry(std::string_view line) const {
     }
   }
 
-  // Keys in ascending order, so that each one is appended.
+  // Keys in ascending order: each one is appended without a comparison.
+  const bool deposit = options_.IsDeposit(*amount);
   plist::Dictionary entry;
-  entry.reserve(12);
-  entry.try_emplace("amount", *amount);
-  if (category) entry.try_emplace("category", std::string(*category));
-  if (cleared) entry.try_emplace("cleared", *cleared);
-  if (date) entry.try_emplace("date", *date);
-  if (description) entry.try_emplace("description", std::string(*description));
-  entry.try_emplace("isDeposit", *amount > 0.0 || (*amount == 0.0 && importZeroAmountsAsDeposits_));
-  if (negativeAmount) entry.try_emplace("negativeAmount", *negativeAmount);
-  if (number) entry.try_emplace("number", *number);
-  if (positiveAmount) entry.try_emplace("positiveAmount", *positiveAmount);
-  if (taxDeductible) entry.try_emplace("taxDeductible", true);
-  if (toFrom) entry.try_emplace("toFrom", std::string(*toFrom));
-  if (type) entry.try_emplace("type", std::string(*type));
+  entry.reserve(5 + (category ? 1 : 0) + (cleared ? 1 : 0) + (description ? 1 : 0) +
+                (negativeAmount ? 1 : 0) + (positiveAmount ? 1 : 0) + (taxDeductible ? 1 : 0) +
+                (toFrom ? 1 : 0) + (type ? 1 : 0));
+  entry.appendSorted(kImportAmountKey, *amount);
+  if (category) entry.appendSorted(kImportCategoryKey, std::string(*category));
+  if (cleared) entry.appendSorted(kImportClearedKey, *cleared);
+  if (date) entry.appendSorted(kImportDateKey, *date);
+  if (description) entry.appendSorted(kImportDescriptionKey, std::string(*description));
+  entry.appendSorted(kImportIsDepositKey, deposit);
+  if (negativeAmount) entry.appendSorted(kImportNegativeAmountKey, *negativeAmount);
+  if (number) entry.appendSorted(kImportNumberKey, *number);
+  if (positiveAmount) entry.appendSorted(kImportPositiveAmountKey, *positiveAmount);
+  if (taxDeductible) entry.appendSorted(kImportTaxDeductibleKey, true);
+  if (toFrom) entry.appendSorted(kImportToFromKey, std::string(*toFrom));
+  if (type) {
+    entry.appendSorted(kImportTypeKey, std::string(*type));
+    if (types) types->add(*type, deposit);
+  }
   return entry;
 }
 
@@ -190,29 +234,20 @@ plist::Array TARNTextImport::Entries() const {
   return EntryListStringToEntries(dataString_);
 }
 
-plist::Array TARNTextImport::TypesOf(const plist::Array& entries) const {
-  plist::Array types;
-  std::unordered_set<std::string> seen[2];
-  for (const plist::Value& entry : entries) {
-    const plist::Value* type = entry.find("type");
-    if (!type) continue;
-    const bool deposit = entry.find("isDeposit")->boolValue();
-    if (seen[deposit].insert(type->stringValue()).second) {
-      types.emplace_back(plist::Dictionary{{"isDeposit", deposit}, {"name", type->stringValue()}});
-    }
-  }
-  return types;
-}
-
 plist::Array TARNTextImport::EntryTypes() const {
-  return TypesOf(Entries());
+  TypeList types;
+  EntriesOfLines(dataString_, &types);
+  return types.take();
 }
 
 plist::Dictionary TARNTextImport::parse() const {
   // The whole tree is built at once.
   plist::BulkStorageScope bulk;
-  plist::Array entries = Entries();
-  plist::Array types = TypesOf(entries);
+  // The types are gathered while the lines are read: no second walk over
+  // the entries.
+  TypeList typeList;
+  plist::Array entries = EntriesOfLines(dataString_, &typeList);
+  plist::Array types = typeList.take();
   // Built by moving: an initializer list would copy the entries.
   plist::Dictionary result;
   result.try_emplace("entries", std::move(entries));
@@ -236,18 +271,6 @@ std::shared_ptr<TARNAccountEntryType> TARNTextImport::DepositTypeWithName(
 std::shared_ptr<TARNAccountEntryType> TARNTextImport::DebitTypeWithName(
     std::string_view name) const {
   return TypeWithName(name, false);
-}
-
-std::string TARNTextImport::TweakAmountString(std::string_view text) const {
-  return tarn::TweakAmountString(text, decimalSeparator_, thousandsSeparator_);
-}
-
-DateComponents TARNTextImport::DateStringComponents(std::string_view text) const {
-  return tarn::DateStringComponents(text, dateFormatString_);
-}
-
-std::string TARNTextImport::TweakDateString(std::string_view text) const {
-  return tarn::TweakDateString(text, dateFormatString_);
 }
 
 }  // namespace tarn

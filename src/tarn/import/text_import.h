@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "tarn/account/account_settings.h"
-#include "tarn/import/import_text_rules.h"
+#include "tarn/import/import_options.h"
 #include "tarn/model/entry_type.h"
 #include "tarn/platform/encodings.h"
 #include "tarn/platform/value.h"
@@ -61,24 +61,28 @@ class TARNTextImport {
   const std::vector<std::int32_t>& GetDataLayout() const { return dataLayout_; }
   void SetSkipFirstRow(bool skip) { skipFirstRow_ = skip; }
   bool GetSkipFirstRow() const { return skipFirstRow_; }
-  void SetDateFormat(std::string format) {
-    dateFormatString_ = std::move(format);
-    dates_ = ImportDateReader(dateFormatString_);
+  // The shared reading options, one-line forwards.
+  void SetDateFormat(std::string format) { options_.SetDateFormat(std::move(format)); }
+  const std::string& GetDateFormat() const { return options_.GetDateFormat(); }
+  void SetDecimalSeparator(std::optional<std::string> s) {
+    options_.SetDecimalSeparator(std::move(s));
   }
-  const std::string& GetDateFormat() const { return dateFormatString_; }
-  void SetDecimalSeparator(std::optional<std::string> separator);
-  void SetThousandsSeparator(std::optional<std::string> separator);
-  void SetImportZeroAmountsAsDeposits(bool on) { importZeroAmountsAsDeposits_ = on; }
-  bool GetImportZeroAmountsAsDeposits() const { return importZeroAmountsAsDeposits_; }
+  void SetThousandsSeparator(std::optional<std::string> s) {
+    options_.SetThousandsSeparator(std::move(s));
+  }
+  const std::string& GetDecimalSeparator() const { return options_.GetDecimalSeparator(); }
+  const std::string& GetThousandsSeparator() const { return options_.GetThousandsSeparator(); }
+  void SetImportZeroAmountsAsDeposits(bool on) { options_.SetImportZeroAmountsAsDeposits(on); }
+  bool GetImportZeroAmountsAsDeposits() const { return options_.GetImportZeroAmountsAsDeposits(); }
   // Carried for the host; the reader consults neither.
-  void SetImportAllCategories(bool on) { importAllCategories_ = on; }
-  bool GetImportAllCategories() const { return importAllCategories_; }
-  void SetImportSplitLineItems(bool on) { importSplitLineItems_ = on; }
-  bool GetImportSplitLineItems() const { return importSplitLineItems_; }
-  void SetError(std::int32_t error) { error_ = error; }
-  std::int32_t error() const { return error_; }
-  void setSourceName(std::optional<std::string> name) { sourceName_ = name.value_or(""); }
-  const std::string& sourceName() const { return sourceName_; }
+  void SetImportAllCategories(bool on) { options_.SetImportAllCategories(on); }
+  bool GetImportAllCategories() const { return options_.GetImportAllCategories(); }
+  void SetImportSplitLineItems(bool on) { options_.SetImportSplitLineItems(on); }
+  bool GetImportSplitLineItems() const { return options_.GetImportSplitLineItems(); }
+  void SetError(std::int32_t error) { options_.SetError(error); }
+  std::int32_t error() const { return options_.error(); }
+  void setSourceName(std::optional<std::string> name) { options_.setSourceName(std::move(name)); }
+  const std::string& sourceName() const { return options_.sourceName(); }
   // Text files name no account.
   std::int32_t importAccount() const { return -1; }
   // The entry types that DepositTypeWithName and DebitTypeWithName look in;
@@ -101,28 +105,31 @@ class TARNTextImport {
   std::shared_ptr<TARNAccountEntryType> DepositTypeWithName(std::string_view name) const;
   std::shared_ptr<TARNAccountEntryType> DebitTypeWithName(std::string_view name) const;
 
-  std::string TweakAmountString(std::string_view text) const;
-  DateComponents DateStringComponents(std::string_view text) const;
-  std::string TweakDateString(std::string_view text) const;
+  std::string TweakAmountString(std::string_view text) const {
+    return options_.TweakAmountString(text);
+  }
+  DateComponents DateStringComponents(std::string_view text) const {
+    return options_.DateStringComponents(text);
+  }
+  std::string TweakDateString(std::string_view text) const {
+    return options_.TweakDateString(text);
+  }
 
  private:
-  plist::Array TypesOf(const plist::Array& entries) const;
+  class TypeList;
+  // The entries of the lines; with `types`, gathers the types as it goes.
+  plist::Array EntriesOfLines(std::string_view text, TypeList* types) const;
+  // One line, split into `fields` with `scratch` for quoted fields.
+  plist::Value EntryOf(std::string_view line, std::vector<std::string_view>& fields,
+                       std::string& scratch, TypeList* types) const;
   std::shared_ptr<TARNAccountEntryType> TypeWithName(std::string_view name, bool deposit) const;
 
   std::string dataString_;
   std::int32_t dataFormat_ = kTextImportCommaSeparated;
   std::vector<std::int32_t> dataLayout_;
   bool skipFirstRow_ = false;
-  std::string dateFormatString_ = "%m/%d/%y";
-  mutable ImportDateReader dates_{dateFormatString_};
-  std::string decimalSeparator_ = ".";
-  std::string thousandsSeparator_ = ",";
-  bool importZeroAmountsAsDeposits_ = true;
-  bool importAllCategories_ = false;
-  bool importSplitLineItems_ = false;
-  std::int32_t error_ = kTextImportNoError;
+  ImportOptions options_{/*importSplitLineItems=*/false};
   std::vector<std::shared_ptr<TARNAccountEntryType>> types_;
-  std::string sourceName_;
 };
 
 }  // namespace tarn

@@ -413,7 +413,8 @@ std::optional<CalendarDate> CalendarDate::dateWithString(std::string_view text,
   if (!reader.atEnd()) return std::nullopt;
 
   if (hour12) hour = afternoon ? *hour12 % 12 + (*afternoon ? 12 : 0) : *hour12;
-  const int y = year.value_or(now().yearOfCommonEra());
+  // Today is asked only when the format reads no year.
+  const int y = year ? *year : now().yearOfCommonEra();
   if (yearDay && !month && !day) {
     const int daysInYear = DaysInMonth(2, y) == 29 ? 366 : 365;
     if (*yearDay < 1 || *yearDay > daysInYear) return std::nullopt;

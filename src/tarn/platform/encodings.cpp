@@ -4,8 +4,11 @@
 #include <locale.h>
 #include <unicode/ucnv.h>
 #include <unicode/ustring.h>
+#include <unicode/utf16.h>
 #include <unicode/utf8.h>
 
+#include <array>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 
@@ -257,6 +260,80 @@ StringEncoding DefaultCStringEncoding() {
   return encoding;
 }
 
+namespace {
+
+// Single-byte encodings map every byte on its own, whatever stands around
+// it: the converter's reading of each of the 256 bytes, as UTF-8, decodes a
+// whole file in one pass, without the round trip through UTF-16 and its
+// doubled memory. Answers false for other converters (the caller converts
+// as usual); otherwise sets `text` (nullopt when a byte has no character).
+bool decodeSingleBytes(UConverter* converter, std::string_view bytes,
+                       std::optional<std::string>& text) {
+  const UConverterType type = ucnv_getType(converter);
+  if (type != UCNV_SBCS && type != UCNV_LATIN_1 && type != UCNV_US_ASCII) return false;
+  struct Mapping {
+    char utf8[8];
+    std::uint8_t length;
+    bool valid;
+  };
+  std::array<Mapping, 256> table{};
+  bool asciiStaysAscii = true;
+  for (int value = 0; value < 256; ++value) {
+    const char byte = static_cast<char>(value);
+    UChar units[4];
+    UErrorCode status = U_ZERO_ERROR;
+    // ucnv_toUChars starts from a reset converter.
+    const int32_t count = ucnv_toUChars(converter, units, 4, &byte, 1, &status);
+    Mapping& mapping = table[static_cast<std::size_t>(value)];
+    if (U_FAILURE(status)) continue;
+    if (count > 2) return false;
+    int32_t offset = 0, written = 0;
+    UBool error = false;
+    while (offset < count) {
+      UChar32 c;
+      U16_NEXT(units, offset, count, c);
+      U8_APPEND(reinterpret_cast<std::uint8_t*>(mapping.utf8), written, 8, c, error);
+      if (error) return false;
+    }
+    mapping.length = static_cast<std::uint8_t>(written);
+    mapping.valid = true;
+    if (value < 0x80 && !(written == 1 && mapping.utf8[0] == byte)) asciiStaysAscii = false;
+  }
+
+  std::string result;
+  result.reserve(bytes.size() + bytes.size() / 4);
+  std::size_t i = 0;
+  // A byte-order mark read as a character is dropped, as the converters do.
+  if (!bytes.empty()) {
+    const Mapping& first = table[static_cast<unsigned char>(bytes[0])];
+    if (first.valid && std::string_view(first.utf8, first.length) == "\xEF\xBB\xBF") i = 1;
+  }
+  while (i < bytes.size()) {
+    if (asciiStaysAscii) {
+      // Eight bytes at a time while none has its high bit set.
+      std::size_t end = i;
+      for (std::uint64_t word; end + 8 <= bytes.size(); end += 8) {
+        std::memcpy(&word, bytes.data() + end, 8);
+        if (word & 0x8080808080808080u) break;
+      }
+      while (end < bytes.size() && static_cast<unsigned char>(bytes[end]) < 0x80) ++end;
+      result.append(bytes.substr(i, end - i));
+      i = end;
+      if (i == bytes.size()) break;
+    }
+    const Mapping& mapping = table[static_cast<unsigned char>(bytes[i++])];
+    if (!mapping.valid) {
+      text.reset();
+      return true;
+    }
+    result.append(mapping.utf8, mapping.length);
+  }
+  text = std::move(result);
+  return true;
+}
+
+}  // namespace
+
 std::optional<std::string> DecodeToUtf8(std::string_view bytes, StringEncoding encoding) {
   const EncodingInfo* info = findEncoding(encoding);
   if (!info) return std::nullopt;
@@ -269,6 +346,7 @@ std::optional<std::string> DecodeToUtf8(std::string_view bytes, StringEncoding e
   if (!converter) return std::nullopt;
   UErrorCode status = U_ZERO_ERROR;
   ucnv_setToUCallBack(converter.get(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
+  if (std::optional<std::string> text; decodeSingleBytes(converter.get(), bytes, text)) return text;
   std::u16string units(bytes.size() + 16, u'\0');
   status = U_ZERO_ERROR;
   int32_t length = ucnv_toUChars(converter.get(), units.data(), static_cast<int32_t>(units.size()),
