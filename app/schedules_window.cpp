@@ -155,10 +155,14 @@ SchedulesWindow::SchedulesWindow(BookDocument* document, std::int32_t account, Q
   form->addRow(tr("Weekends:"), friday_);
   apply_ = new QPushButton(tr("Apply"));
   apply_->setObjectName(QStringLiteral("applyRule"));
-  form->addRow(QString(), apply_);
+  auto* applyRow = new QHBoxLayout;
+  applyRow->addStretch();
+  applyRow->addWidget(apply_);
+  form->addRow(applyRow);
   layout->addWidget(ruleBox);
 
-  layout->addWidget(new QLabel(tr("Due by today:")));
+  dueLabel_ = new QLabel;
+  layout->addWidget(dueLabel_);
   due_ = MakeTable("dueEntries", {tr("Date"), tr("Description"), tr("Amount")});
   due_->setSelectionMode(QAbstractItemView::ExtendedSelection);
   due_->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Stretch);
@@ -211,6 +215,7 @@ void SchedulesWindow::refresh() {
   due_->setRowCount(0);
   auto account = document_->book().accountWithNumber(account_);
   if (!account || !account->IsAuthenticated()) {
+    dueLabel_->clear();
     title_->setText(account ? tr("%1 is locked").arg(QString::fromStdString(account->GetName()))
                             : tr("No account selected"));
     scheduleSelectionChanged();
@@ -246,7 +251,12 @@ void SchedulesWindow::refresh() {
   if (selectRow < 0 && schedules_->rowCount() > 0) selectRow = 0;
   if (selectRow >= 0) schedules_->selectRow(selectRow);
 
-  for (const auto& due : tarn::DueOccurrences(*account, tarn::CalendarDate::now())) {
+  const tarn::CalendarDate today = tarn::CalendarDate::now();
+  const auto dueOccurrences = tarn::DueOccurrences(*account, today);
+  dueLabel_->setText(dueOccurrences.empty()
+                         ? tr("Nothing is due by today, %1.").arg(DateText(today.dateNumber()))
+                         : tr("Due by today, %1:").arg(DateText(today.dateNumber())));
+  for (const auto& due : dueOccurrences) {
     const int row = due_->rowCount();
     due_->insertRow(row);
     auto* date = new QTableWidgetItem(DateText(due.date));

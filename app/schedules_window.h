@@ -40,6 +40,7 @@ class SchedulesWindow : public QDialog {
 
   QLabel* title_ = nullptr;
   QTableWidget* schedules_ = nullptr;
+  QLabel* dueLabel_ = nullptr;
   QTableWidget* due_ = nullptr;
   QPushButton* enter_ = nullptr;
   QPushButton* skip_ = nullptr;
