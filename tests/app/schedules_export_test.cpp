@@ -29,6 +29,7 @@
 #include <tuple>
 #include <vector>
 
+#include "app_test_support.h"
 #include "main_window.h"
 #include "register_model.h"
 #include "tarn/account/account.h"
@@ -115,26 +116,11 @@ void SchedulesExportTest::cleanup() {
 }
 
 void SchedulesExportTest::whenModal(std::function<void(QWidget*)> answer) {
-  auto* timer = new QTimer(this);
-  timer->setInterval(10);
-  connect(timer, &QTimer::timeout, this, [timer, answer = std::move(answer)] {
-    QWidget* modal = QApplication::activeModalWidget();
-    if (!modal) return;
-    timer->stop();
-    timer->deleteLater();
-    const QPointer<QWidget> shown(modal);
-    answer(modal);
-    if (QTest::currentTestFailed() && shown && shown->isVisible()) shown->close();
-  });
-  timer->start();
+  WhenModal(this, std::move(answer));
 }
 
 QAction* SchedulesExportTest::action(const QString& text) const {
-  for (QAction* each : window_->findChildren<QAction*>()) {
-    if (each->text() == text) return each;
-  }
-  qFatal("no action %s", qPrintable(text));
-  return nullptr;
+  return FindAction(*window_, text);
 }
 
 void SchedulesExportTest::exportThroughDialog(const QString& path, const char* expectedType,
