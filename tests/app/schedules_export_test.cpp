@@ -75,8 +75,6 @@ class SchedulesExportTest : public QObject {
   void editsAScheduleRuleWithUndo();
 
  private:
-  void whenModal(std::function<void(QWidget*)> answer);
-  QAction* action(const QString& text) const;
   // Exports the shown account through the save panel to `path`, first
   // checking that the panel offers `expectedType` and then choosing `type`.
   void exportThroughDialog(const QString& path, const char* expectedType, const char* type);
@@ -115,17 +113,9 @@ void SchedulesExportTest::cleanup() {
   window_.reset();
 }
 
-void SchedulesExportTest::whenModal(std::function<void(QWidget*)> answer) {
-  WhenModal(this, std::move(answer));
-}
-
-QAction* SchedulesExportTest::action(const QString& text) const {
-  return FindAction(*window_, text);
-}
-
 void SchedulesExportTest::exportThroughDialog(const QString& path, const char* expectedType,
                                               const char* type) {
-  whenModal([=](QWidget* modal) {
+  WhenModal(this, [=](QWidget* modal) {
     auto* dialog = qobject_cast<QFileDialog*>(modal);
     QVERIFY(dialog);
     auto* expected = dialog->findChild<QRadioButton*>(QString::fromLatin1(expectedType));
@@ -143,7 +133,7 @@ void SchedulesExportTest::exportThroughDialog(const QString& path, const char* e
     name->setText(path);
     QTest::keyClick(name, Qt::Key_Return);
   });
-  action("E&xport...")->trigger();
+  FindAction(*window_, "E&xport...")->trigger();
 }
 
 QWidget* SchedulesExportTest::schedulesWindow() const {
@@ -235,7 +225,7 @@ void SchedulesExportTest::exportsWithTheRememberedFormatAndReadsBackAsQIF() {
 }
 
 void SchedulesExportTest::entersAndSkipsDueEntriesWithUndo() {
-  action("Scheduled &Entries...")->trigger();
+  FindAction(*window_, "Scheduled &Entries...")->trigger();
   QWidget* window = schedulesWindow();
   QVERIFY(window && window->isVisible());
   auto* schedules = window->findChild<QTableWidget*>("schedules");
@@ -266,12 +256,12 @@ void SchedulesExportTest::entersAndSkipsDueEntriesWithUndo() {
 
   // Undo takes the entry out and makes the rent due again; Redo enters it
   // once more.
-  action("&Undo")->trigger();
+  FindAction(*window_, "&Undo")->trigger();
   QCOMPARE(registerRowsWith(rentDate, "Rent"), 0);
   QCOMPARE(registerModel()->rowCount(), rows);
   QCOMPARE(due->rowCount(), 2);
   QVERIFY(dueRowWith("Rent") >= 0);
-  action("&Redo")->trigger();
+  FindAction(*window_, "&Redo")->trigger();
   QCOMPARE(registerRowsWith(rentDate, "Rent"), 1);
   QCOMPARE(due->rowCount(), 1);
 
@@ -284,14 +274,14 @@ void SchedulesExportTest::entersAndSkipsDueEntriesWithUndo() {
   QCOMPARE(due->rowCount(), 0);
   QCOMPARE(registerRowsWith(salaryDate, "Salary"), 0);
   QCOMPARE(registerModel()->rowCount(), rows + 1);
-  action("&Undo")->trigger();
+  FindAction(*window_, "&Undo")->trigger();
   QCOMPARE(due->rowCount(), 1);
   QVERIFY(dueRowWith("Salary") >= 0);
   QCOMPARE(registerRowsWith(rentDate, "Rent"), 1);
 }
 
 void SchedulesExportTest::editsAScheduleRuleWithUndo() {
-  action("Scheduled &Entries...")->trigger();
+  FindAction(*window_, "Scheduled &Entries...")->trigger();
   QWidget* window = schedulesWindow();
   QVERIFY(window);
   auto* schedules = window->findChild<QTableWidget*>("schedules");
@@ -325,7 +315,7 @@ void SchedulesExportTest::editsAScheduleRuleWithUndo() {
   const int salaryRow = schedules->findItems("Salary", Qt::MatchExactly).first()->row();
   QCOMPARE(schedules->item(salaryRow, 2)->text(), QString("monthly"));
 
-  action("&Undo")->trigger();
+  FindAction(*window_, "&Undo")->trigger();
   const int back = schedules->findItems("Rent", Qt::MatchExactly).first()->row();
   QCOMPARE(schedules->item(back, 2)->text(), QString("monthly"));
   QCOMPARE(schedules->item(back, 3)->text(), QString("never"));
