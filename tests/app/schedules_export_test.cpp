@@ -13,6 +13,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QSpinBox>
 #include <QTableView>
 #include <QTableWidget>
@@ -35,6 +36,7 @@
 #include "tarn/account/account.h"
 #include "tarn/book/book.h"
 #include "tarn/book/sample_book.h"
+#include "tarn/filters/filter.h"
 #include "tarn/import/qif_import.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/platform/calendar_date.h"
@@ -71,6 +73,7 @@ class SchedulesExportTest : public QObject {
   void cleanup();
 
   void exportsWithTheRememberedFormatAndReadsBackAsQIF();
+  void exportsASmartFolderWithTheChosenDateFormat();
   void entersAndSkipsDueEntriesWithUndo();
   void editsAScheduleRuleWithUndo();
 
@@ -222,6 +225,53 @@ void SchedulesExportTest::exportsWithTheRememberedFormatAndReadsBackAsQIF() {
     QCOMPARE(std::get<1>(read[i]), std::get<1>(expected[i]));
     QCOMPARE(std::get<2>(read[i]), std::get<2>(expected[i]));
   }
+}
+
+void SchedulesExportTest::exportsASmartFolderWithTheChosenDateFormat() {
+  const auto reference = tarn::MakeSampleBook(SampleOptions());
+  const auto account = reference->accounts().front();
+  QVERIFY(!account->smartFolders().empty());
+  const auto& smartFolder = account->smartFolders().front();
+  const auto expected = smartFolder->filterEntries(account->GetEntries());
+
+  const QString path = dir_.filePath("folder.qif");
+  WhenModal(this, [&](QWidget* modal) {
+    auto* dialog = qobject_cast<QFileDialog*>(modal);
+    QVERIFY(dialog);
+    auto* dates = dialog->findChild<QComboBox*>("exportDateFormat");
+    QVERIFY(dates);
+    const int iso = dates->findData(QStringLiteral("%Y-%m-%d"));
+    QVERIFY(iso > 0);
+    dates->setCurrentIndex(iso);
+    auto* folder = dialog->findChild<QComboBox*>("exportSmartFolder");
+    QVERIFY(folder);
+    QCOMPARE(folder->count(), static_cast<int>(account->smartFolders().size()) + 1);
+    QVERIFY(folder->itemText(1).contains(QString::fromStdString(smartFolder->name())));
+    folder->setCurrentIndex(1);
+    auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
+    QVERIFY(name);
+    name->setText(path);
+    QTest::keyClick(name, Qt::Key_Return);
+  });
+  FindAction(*window_, "E&xport...")->trigger();
+  QTRY_VERIFY(QFile::exists(path));
+
+  QFile file(path);
+  QVERIFY(file.open(QIODevice::ReadOnly));
+  int records = 0;
+  while (!file.atEnd()) {
+    const QByteArray line = file.readLine().trimmed();
+    if (!line.startsWith('D')) continue;
+    ++records;
+    // Year first, as chosen, for every record.
+    QVERIFY2(
+        QRegularExpression("^D\\d{4}-\\d{2}-\\d{2}$").match(QString::fromLatin1(line)).hasMatch(),
+        line.constData());
+  }
+  // Only the folder's entries, and no starting-balance record.
+  QVERIFY(!expected.empty());
+  QVERIFY(expected.size() < account->GetEntries().size());
+  QCOMPARE(records, static_cast<int>(expected.size()));
 }
 
 void SchedulesExportTest::entersAndSkipsDueEntriesWithUndo() {
