@@ -190,8 +190,8 @@ void SchedulesExportTest::exportsWithTheRememberedFormatAndReadsBackAsQIF() {
   exportThroughDialog(qifPath, "exportTypeText", "exportTypeQIF");
   QTRY_VERIFY(QFile::exists(qifPath + ".qif"));
   QVERIFY(!QFile::exists(qifPath));
-  // Nothing of the atomic write is left beside the file.
-  QCOMPARE(QDir(dir_.path()).entryList({"checking*"}, QDir::Files).size(), 2);
+  // Nothing of the atomic write (a hidden temporary file) is left beside it.
+  QCOMPARE(QDir(dir_.path()).entryList({"*checking*"}, QDir::Files | QDir::Hidden).size(), 2);
 
   auto import = tarn::TARNQIFImport::initWithContentsOfFile((qifPath + ".qif").toStdString(),
                                                             tarn::kUTF8StringEncoding);
