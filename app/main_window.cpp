@@ -8,6 +8,8 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFormLayout>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QInputDialog>
@@ -33,9 +35,11 @@
 #include "entry_editor.h"
 #include "modal_run.h"
 #include "register_model.h"
+#include "schedules_window.h"
 #include "tarn/account/account.h"
 #include "tarn/account/account_folder.h"
 #include "tarn/account/account_settings.h"
+#include "tarn/account/export_options.h"
 #include "tarn/book/book.h"
 #include "tarn/book/book_changes.h"
 #include "tarn/book/entry_form.h"
@@ -44,8 +48,11 @@
 #include "tarn/model/category.h"
 #include "tarn/model/currency.h"
 #include "tarn/platform/calendar_date.h"
+#include "tarn/platform/encodings.h"
 #include "tarn/platform/error.h"
+#include "tarn/platform/plist_file.h"
 #include "tarn/ui/edit_currency_controller.h"
+#include "tarn/ui/export_accessory_manager.h"
 #include "tarn/ui/remove_category_controller.h"
 
 namespace {
@@ -235,6 +242,8 @@ void MainWindow::buildMenus() {
   file->addAction(tr("&Save"), QKeySequence::Save, this, &MainWindow::saveBook);
   file->addAction(tr("Save &As..."), QKeySequence::SaveAs, this, &MainWindow::saveBookAs);
   file->addSeparator();
+  file->addAction(tr("E&xport..."), this, &MainWindow::exportAccount);
+  file->addSeparator();
   file->addAction(tr("&Close"), QKeySequence::Close, this, &QWidget::close);
   refillRecentMenu();
 
@@ -256,6 +265,8 @@ void MainWindow::buildMenus() {
   account->addAction(tr("Re&name Account..."), this, &MainWindow::renameAccount);
   account->addAction(tr("Account &Settings..."), this, &MainWindow::accountSettings);
   account->addAction(tr("&Remove Account"), this, &MainWindow::removeAccount);
+  account->addAction(tr("Scheduled &Entries..."), QKeySequence(Qt::CTRL | Qt::Key_J), this,
+                     &MainWindow::showSchedules);
   account->addSeparator();
   reconcileAction_ = account->addAction(tr("Re&concile"));
   reconcileAction_->setObjectName("reconcile");
@@ -270,6 +281,8 @@ void MainWindow::buildMenus() {
 }
 
 void MainWindow::setBook(std::unique_ptr<tarn::TARNBook> book) {
+  // The schedules window works on the document being replaced.
+  delete schedulesWindow_;
   document_ = std::make_unique<BookDocument>(std::move(book));
   connect(document_.get(), &BookDocument::changed, this, &MainWindow::bookChanged);
   connect(document_.get(), &BookDocument::modifiedChanged, this, &MainWindow::updateTitle);
@@ -377,6 +390,7 @@ void MainWindow::showAccount(std::int32_t number, QTreeWidgetItem* item) {
   if (!account) return;
   const bool open = unlock(*account);
   accountNumber_ = number;
+  if (schedulesWindow_) schedulesWindow_->setAccount(number);
   if (open) {
     const int kind = item ? item->data(0, kRoleKind).toInt() : kItemAccount;
     const auto index = static_cast<std::size_t>(item ? item->data(0, kRoleIndex).toInt() : 0);
@@ -816,6 +830,113 @@ void MainWindow::editCurrencies() {
   }
   document_->pushContents(adding ? tr("New Currency") : tr("Edit Currency"), std::move(before),
                           tarn::BookContents(book));
+}
+
+// --- Export and schedules ------------------------------------------------------
+
+void MainWindow::exportAccount() {
+  auto account = currentAccount();
+  if (!account) return showProblem(tr("Select the account to export first."));
+  if (!unlock(*account)) return;
+
+  QFileDialog dialog(this, tr("Export \"%1\"").arg(QString::fromStdString(account->GetName())));
+  dialog.setObjectName(QStringLiteral("exportDialog"));
+  dialog.setOption(QFileDialog::DontUseNativeDialog);
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  dialog.setFileMode(QFileDialog::AnyFile);
+  dialog.setNameFilters({tr("QIF and text files (*.qif *.txt)"), tr("All files (*)")});
+
+  auto accessory = tarn::TARNExportAccessoryManager::exportAccessoryManager();
+  accessory->setExportType(account->textExport_ExportType());
+  accessory->setEncoding(account->textExport_Encoding() != 0 ? account->textExport_Encoding()
+                                                             : tarn::kUTF8StringEncoding);
+  auto* options = new QWidget;
+  auto* form = new QFormLayout(options);
+  form->setContentsMargins(0, 0, 0, 0);
+  form->addRow(accessory->view());
+  auto* dateFormat = new QComboBox;
+  dateFormat->setObjectName(QStringLiteral("exportDateFormat"));
+  for (const char* format : {"%m/%d/%Y", "%d/%m/%Y", "%Y-%m-%d", "%m/%d/%y", "%d.%m.%Y"}) {
+    const QString text = QString::fromLatin1(format);
+    QString sample = text;
+    sample.replace("%Y", "2026").replace("%y", "26").replace("%m", "11").replace("%d", "24");
+    dateFormat->addItem(tr("%1 (QIF only)").arg(sample), text);
+  }
+  dateFormat->setCurrentIndex(std::max(0, dateFormat->findData(exportDateFormat_)));
+  form->addRow(tr("QIF dates:"), dateFormat);
+  auto* folder = new QComboBox;
+  folder->setObjectName(QStringLiteral("exportSmartFolder"));
+  folder->addItem(tr("Every entry of the register"));
+  for (const auto& smartFolder : account->smartFolders()) {
+    folder->addItem(tr("Smart folder \"%1\"").arg(QString::fromStdString(smartFolder->name())));
+  }
+  form->addRow(tr("Entries:"), folder);
+  if (auto* grid = qobject_cast<QGridLayout*>(dialog.layout())) {
+    grid->addWidget(options, grid->rowCount(), 0, 1, grid->columnCount());
+  } else {
+    dialog.layout()->addWidget(options);
+  }
+  const bool qif = accessory->exportType() == tarn::TARNExportAccessoryManager::kExportTypeQIF;
+  dialog.selectFile(QString::fromStdString(account->GetName()) + (qif ? ".qif" : ".txt"));
+
+  int result = QDialog::Rejected;
+  {
+    const ModalRun modal(this);
+    result = dialog.exec();
+  }
+  // The accessory's view goes back to its manager before the dialog, which
+  // would delete it, goes away.
+  accessory->view()->setParent(nullptr);
+  if (result != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
+
+  QString path = dialog.selectedFiles().first();
+  const int exportType = accessory->exportType();
+  const bool asQIF = exportType == tarn::TARNExportAccessoryManager::kExportTypeQIF;
+  if (QFileInfo(path).suffix().isEmpty()) path += asQIF ? ".qif" : ".txt";
+  const tarn::StringEncoding encoding = accessory->encoding();
+  exportDateFormat_ = dateFormat->currentData().toString();
+
+  tarn::TARNExportOptions exportOptions;
+  exportOptions.dateFormat = exportDateFormat_.toStdString();
+  if (folder->currentIndex() > 0) {
+    exportOptions.exportFilter =
+        account->smartFolders()[static_cast<std::size_t>(folder->currentIndex() - 1)];
+  }
+  const std::string text = asQIF ? account->asQIFStringWithOptions(&exportOptions)
+                                 : account->asTabDelimitedStringWithOptions(&exportOptions);
+  const auto bytes = tarn::EncodeFromUtf8(text, encoding);
+  if (!bytes) {
+    return showProblem(tr("The account holds text that %1 cannot write. Choose another encoding, "
+                          "such as UTF-8.")
+                           .arg(QString::fromStdString(tarn::NameOfStringEncoding(encoding))));
+  }
+  try {
+    tarn::plist::WriteBytesAtomically(path.toStdString(), *bytes);
+  } catch (const tarn::FileError& error) {
+    return showProblem(tr("The export could not be written: %1").arg(error.what()));
+  }
+  // The choices are remembered with the account, as view settings are.
+  if (account->textExport_ExportType() != exportType ||
+      account->textExport_Encoding() != static_cast<std::int32_t>(encoding)) {
+    account->setTextExport_ExportType(exportType);
+    account->setTextExport_Encoding(static_cast<std::int32_t>(encoding));
+    document_->markViewChanged();
+  }
+}
+
+void MainWindow::showSchedules() {
+  if (!document_) return;
+  auto account = currentAccount();
+  if (account && !unlock(*account)) return;
+  if (!schedulesWindow_) {
+    schedulesWindow_ = new SchedulesWindow(document_.get(), accountNumber_, this);
+    schedulesWindow_->setAttribute(Qt::WA_DeleteOnClose);
+  } else {
+    schedulesWindow_->setAccount(accountNumber_);
+  }
+  schedulesWindow_->show();
+  schedulesWindow_->raise();
+  schedulesWindow_->activateWindow();
 }
 
 // --- Files ----------------------------------------------------------------------------

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QStringList>
 
 #include <cstdint>
@@ -22,6 +23,7 @@ class QTreeWidget;
 class QTreeWidgetItem;
 class QWidget;
 class RegisterModel;
+class SchedulesWindow;
 
 namespace tarn {
 class TARNAccount;
@@ -76,6 +78,12 @@ class MainWindow : public QMainWindow {
   void removeAccount();
   void removeCategory();
   void editCurrencies();
+  // Writes the selected account as QIF or tab-delimited text to a file the
+  // user names, with the account's remembered format and encoding.
+  void exportAccount();
+  // Shows (or brings forward) the window of the selected account's
+  // scheduled entries.
+  void showSchedules();
   void newBook();
   void openBook();
   bool saveBook();
@@ -113,4 +121,6 @@ class MainWindow : public QMainWindow {
   QAction* redo_ = nullptr;
   QAction* reconcileAction_ = nullptr;
   QMenu* recentMenu_ = nullptr;
+  QPointer<SchedulesWindow> schedulesWindow_;
+  QString exportDateFormat_ = QStringLiteral("%m/%d/%Y");
 };

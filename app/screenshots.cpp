@@ -1,5 +1,6 @@
 // Renders the window on the sample household book to PNG files: the
-// register, the entry form holding a split entry, and reconcile mode.
+// register, the entry form holding a split entry, reconcile mode and the
+// scheduled entries.
 //   tarn-desktop-screenshots [folder]   (default: docs/screenshots)
 // Run with QT_QPA_PLATFORM=offscreen on a machine without a display.
 
@@ -10,6 +11,7 @@
 #include <QLineEdit>
 #include <QPixmap>
 #include <QTableView>
+#include <QTableWidget>
 #include <QTextStream>
 
 #include <cstdio>
@@ -84,5 +86,20 @@ int main(int argc, char** argv) {
     break;
   }
   ok = Save(window, folder, "window_reconcile.png") && ok;
+
+  // The checking account's scheduled entries, with November's due ones.
+  window.findChild<QAction*>("reconcile")->setChecked(false);
+  for (QAction* action : window.findChildren<QAction*>()) {
+    if (action->text() == QStringLiteral("Scheduled &Entries...")) action->trigger();
+  }
+  auto* schedules = window.findChild<QWidget*>("schedulesWindow");
+  if (!schedules) {
+    std::fprintf(stderr, "the schedules window did not open\n");
+    return 1;
+  }
+  if (auto* due = schedules->findChild<QTableWidget*>("dueEntries"); due && due->rowCount() > 0) {
+    due->selectRow(0);
+  }
+  ok = Save(*schedules, folder, "window_schedules.png") && ok;
   return ok ? 0 : 1;
 }

@@ -15,6 +15,7 @@
 #include "tarn/account/account_folder.h"
 #include "tarn/account/export_options.h"
 #include "tarn/book/book_entries.h"
+#include "tarn/book/due_schedules.h"
 #include "tarn/filters/filter.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/model/account_schedule.h"
@@ -381,37 +382,7 @@ void AddExport(CLI::App& app, Chosen& chosen, const GlobalOptions& /*global*/) {
 // --- schedules ---------------------------------------------------------------------
 
 std::string Repeats(const TARNAccountSchedule& schedule) {
-  const std::int32_t n = schedule.GetRepeatInterval();
-  switch (schedule.GetRepeatIntervalType()) {
-    case kRepeatDaily:
-      return "daily";
-    case kRepeatWeekly:
-      return "weekly";
-    case kRepeatEveryTwoWeeks:
-      return "every two weeks";
-    case kRepeatMonthly:
-      return "monthly";
-    case kRepeatYearly:
-      return "yearly";
-    case kRepeatLastDayOfMonth:
-      return "last day of month";
-    case kRepeatQuarterly:
-      return "quarterly";
-    case kRepeatEndOfQuarter:
-      return "end of quarter";
-    case kRepeatEveryNDays:
-      return fmt::format("every {} days", n);
-    case kRepeatEveryNWeeks:
-      return fmt::format("every {} weeks", n);
-    case kRepeatEveryNMonths:
-      return fmt::format("every {} months", n);
-    case kRepeatEveryNYears:
-      return fmt::format("every {} years", n);
-    case kRepeatEveryNQuarters:
-      return fmt::format("every {} quarters", n);
-    default:
-      return "never";
-  }
+  return DescribeRepeatRule(schedule.GetRepeatIntervalType(), schedule.GetRepeatInterval());
 }
 
 void AddSchedules(CLI::App& app, Chosen& chosen, const GlobalOptions& global) {

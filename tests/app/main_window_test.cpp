@@ -29,6 +29,7 @@
 #include <functional>
 #include <memory>
 
+#include "app_test_support.h"
 #include "main_window.h"
 #include "register_model.h"
 #include "tarn/account/account.h"
@@ -128,27 +129,11 @@ void MainWindowTest::cleanup() {
 }
 
 void MainWindowTest::whenModal(std::function<void(QWidget*)> answer) {
-  auto* timer = new QTimer(this);
-  timer->setInterval(10);
-  connect(timer, &QTimer::timeout, this, [timer, answer = std::move(answer)] {
-    QWidget* modal = QApplication::activeModalWidget();
-    if (!modal) return;
-    timer->stop();
-    timer->deleteLater();
-    const QPointer<QWidget> shown(modal);
-    answer(modal);
-    // A failed check inside an answer must not leave the dialog waiting.
-    if (QTest::currentTestFailed() && shown && shown->isVisible()) shown->close();
-  });
-  timer->start();
+  WhenModal(this, std::move(answer));
 }
 
 QAction* MainWindowTest::action(const QString& text) const {
-  for (QAction* each : window_->findChildren<QAction*>()) {
-    if (each->text() == text) return each;
-  }
-  qFatal("no action %s", qPrintable(text));
-  return nullptr;
+  return FindAction(*window_, text);
 }
 
 void MainWindowTest::openThroughDialog(const QString& path) {

@@ -182,4 +182,8 @@ void WriteFile(const std::string& path, const Value& value, Format format) {
   writeAtomically(path, bytes);
 }
 
+void WriteBytesAtomically(const std::string& path, std::string_view bytes) {
+  writeAtomically(path, bytes);
+}
+
 }  // namespace tarn::plist

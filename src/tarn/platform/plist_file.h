@@ -26,6 +26,9 @@ Value ReadFile(const std::string& path);
 // leaves any existing target untouched. Nil values inside containers are
 // skipped (a property list cannot hold them); a nil top-level value is refused.
 void WriteFile(const std::string& path, const Value& value, Format format);
+// Writes any bytes (an export's text, say) the same atomic way, with the
+// same errors.
+void WriteBytesAtomically(const std::string& path, std::string_view bytes);
 
 // In-memory forms. Parse* throw tarn::FileError with the given name as path;
 // To* throw it with the name "<memory>" for values they cannot store.
