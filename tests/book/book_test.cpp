@@ -424,5 +424,23 @@ TEST_F(BookTest, CurrenciesWithoutACodeAreSharedNotDuplicated) {
   EXPECT_EQ(plist::ReadFile(file), first);
 }
 
+// An account's currency whose code is not three characters ("US Dollar") is
+// kept in the book's list where it stands, so reopening the book does not
+// move it behind the currencies of later accounts.
+TEST_F(BookTest, ACurrencyWithAMalformedCodeKeepsItsPlaceAcrossSaves) {
+  const std::string file = path("long_code.tarn");
+  fs::copy_file(TARN_TEST_DATA_DIR "/book/book_account_currency_code_too_long.tarn", file);
+  auto book = TARNBook::open(file);
+  ASSERT_EQ(book->currencies().size(), 3u);
+  EXPECT_EQ(book->currencies()[1]->code(), "US Dollar");
+  book->save();
+  const plist::Value first = plist::ReadFile(file);
+  auto again = TARNBook::open(file);
+  ASSERT_EQ(again->currencies().size(), 3u);
+  EXPECT_EQ(again->currencies()[1]->code(), "US Dollar");
+  again->save();
+  EXPECT_EQ(plist::ReadFile(file), first);
+}
+
 }  // namespace
 }  // namespace tarn

@@ -192,7 +192,11 @@ void TARNBook::loadCurrencies(const plist::Value& dictionary) {
     for (const auto& item : list->arrayValue()) {
       if (!item.isDictionary()) continue;
       auto currency = PFCurrency::initWithDictionary(item);
-      if (!currency || currencyCodeProblem(currency->code(), nullptr)) continue;
+      // Only a twin of a currency already read is dropped. A malformed code
+      // is kept: an account of that currency would add it back when it loads,
+      // after the others, and a second save would list the currencies in
+      // another order.
+      if (!currency || currencyWithCode(currency->code())) continue;
       currencies_.push_back(std::move(currency));
     }
   }
