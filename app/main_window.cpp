@@ -33,6 +33,7 @@
 #include "account_settings_dialog.h"
 #include "book_document.h"
 #include "entry_editor.h"
+#include "import_run.h"
 #include "modal_run.h"
 #include "register_model.h"
 #include "schedules_window.h"
@@ -242,6 +243,8 @@ void MainWindow::buildMenus() {
   file->addAction(tr("&Save"), QKeySequence::Save, this, &MainWindow::saveBook);
   file->addAction(tr("Save &As..."), QKeySequence::SaveAs, this, &MainWindow::saveBookAs);
   file->addSeparator();
+  file->addAction(tr("&Import..."), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_I), this,
+                  &MainWindow::importFile);
   file->addAction(tr("E&xport..."), this, &MainWindow::exportAccount);
   file->addSeparator();
   file->addAction(tr("&Close"), QKeySequence::Close, this, &QWidget::close);
@@ -922,6 +925,13 @@ void MainWindow::exportAccount() {
     account->setTextExport_Encoding(static_cast<std::int32_t>(encoding));
     document_->markViewChanged();
   }
+}
+
+void MainWindow::importFile() {
+  auto account = currentAccount();
+  if (!account) return showProblem(tr("Select the account to import into first."));
+  if (!unlock(*account)) return;
+  RunImport(this, *document_, *account);
 }
 
 void MainWindow::showSchedules() {

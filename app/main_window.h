@@ -81,6 +81,8 @@ class MainWindow : public QMainWindow {
   // Writes the selected account as QIF or tab-delimited text to a file the
   // user names, with the account's remembered format and encoding.
   void exportAccount();
+  // Reads a QIF, OFX or text file into the selected account after a review.
+  void importFile();
   // Shows (or brings forward) the window of the selected account's
   // scheduled entries.
   void showSchedules();

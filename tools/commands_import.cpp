@@ -97,25 +97,13 @@ std::int32_t Destination(const std::string& name, const char* option, bool ofx) 
 }
 
 std::vector<std::int32_t> Layout(const std::string& text) {
-  struct Role {
-    const char* name;
-    std::int32_t code;
-  };
-  static const Role kRoles[] = {
-      {"amount", kColumnAmount},     {"number", kColumnNumber},
-      {"date", kColumnDate},         {"description", kColumnDescription},
-      {"cleared", kColumnCleared},   {"tax-deductible", kColumnTaxDeductible},
-      {"payee", kColumnToFrom},      {"type", kColumnType},
-      {"debit", kColumnDebit},       {"deposit", kColumnDeposit},
-      {"category", kColumnCategory}, {"skip", -1},
-  };
   std::vector<std::int32_t> layout;
   std::size_t start = 0;
   while (true) {
     const std::size_t comma = text.find(',', start);
     const std::string word = text.substr(start, comma - start);
     bool known = false;
-    for (const Role& role : kRoles) {
+    for (const TextColumnRole& role : TextColumnRoles()) {
       if (word == role.name) {
         layout.push_back(role.code);
         known = true;

@@ -98,12 +98,15 @@ class TARNImportReview {
   // saves the book once. Returns the entries added, in review order.
   std::vector<std::shared_ptr<TARNAccountEntry>> accept();
 
+  // Stores the options in the account, as accept does. A host that keeps the
+  // remembered options out of an undoable import stores them first.
+  void storeOptions() const;
+
  private:
   ImportReviewItem itemFromDictionary(const plist::Value& dictionary, std::size_t index);
   void resolveType(ImportReviewItem& item, bool hasNumber);
   std::shared_ptr<TARNAccountEntryCategory> existingCategory(const std::string& text);
   void markDuplicates();
-  void storeOptions() const;
 
   TARNBook& book_;
   TARNAccount& account_;

@@ -274,24 +274,8 @@ void ReadQIF(ImportedFile& file, const std::string& bytes, const ImportFileOptio
 void ReadText(ImportedFile& file, const std::string& bytes, const ImportFileOptions& options) {
   std::string text = DecodedText(file, bytes, options.text.encoding);
   const bool tabs = options.text.dataFormat != kTextImportCommaSeparated;
-  for (std::size_t start = 0; start < text.size();) {
-    std::size_t end = text.find_first_of("\r\n", start);
-    if (end == std::string::npos) end = text.size();
-    const std::string_view line = std::string_view(text).substr(start, end - start);
-    start = end + 1;
-    if (line.empty()) continue;
-    if (tabs) {
-      for (std::size_t at = 0;;) {
-        const std::size_t tab = line.find('\t', at);
-        file.firstLineFields.emplace_back(line.substr(at, tab - at));
-        if (tab == std::string_view::npos) break;
-        at = tab + 1;
-      }
-    } else {
-      file.firstLineFields = CSVLineComponents(line);
-    }
-    break;
-  }
+  auto first = LeadingTextLineFields(text, tabs, 1);
+  if (!first.empty()) file.firstLineFields = std::move(first.front());
   // A file the user has not described yet gives no entries: without a
   // layout every line would read as an empty entry.
   if (!options.text.dataLayout || options.text.dataLayout->empty()) return;
@@ -341,6 +325,48 @@ std::optional<std::int32_t> ImportDateFormatIndex(std::string_view format) {
   const auto found = std::find(formats.begin(), formats.end(), format);
   if (found == formats.end()) return std::nullopt;
   return static_cast<std::int32_t>(found - formats.begin());
+}
+
+std::vector<std::vector<std::string>> LeadingTextLineFields(std::string_view text, bool tabs,
+                                                            std::size_t maxLines) {
+  std::vector<std::vector<std::string>> lines;
+  for (std::size_t start = 0; start < text.size() && lines.size() < maxLines;) {
+    std::size_t end = text.find_first_of("\r\n", start);
+    if (end == std::string_view::npos) end = text.size();
+    const std::string_view line = text.substr(start, end - start);
+    start = end + 1;
+    if (line.empty()) continue;
+    std::vector<std::string>& fields = lines.emplace_back();
+    if (tabs) {
+      for (std::size_t at = 0;;) {
+        const std::size_t tab = line.find('\t', at);
+        fields.emplace_back(line.substr(at, tab - at));
+        if (tab == std::string_view::npos) break;
+        at = tab + 1;
+      }
+    } else {
+      fields = CSVLineComponents(line);
+    }
+  }
+  return lines;
+}
+
+const std::vector<TextColumnRole>& TextColumnRoles() {
+  static const std::vector<TextColumnRole> roles = {
+      {kColumnDate, "date", "Date"},
+      {kColumnAmount, "amount", "Amount"},
+      {kColumnDebit, "debit", "Debit"},
+      {kColumnDeposit, "deposit", "Deposit"},
+      {kColumnToFrom, "payee", "Payee"},
+      {kColumnDescription, "description", "Description"},
+      {kColumnCategory, "category", "Category"},
+      {kColumnType, "type", "Type"},
+      {kColumnNumber, "number", "Number"},
+      {kColumnCleared, "cleared", "Cleared"},
+      {kColumnTaxDeductible, "tax-deductible", "Tax Deductible"},
+      {-1, "skip", "Skip"},
+  };
+  return roles;
 }
 
 ImportedFile ReadImportedFile(const std::string& path, const ImportFileOptions& options) {

@@ -94,6 +94,22 @@ struct ImportedFile {
   std::vector<std::string> firstLineFields;
 };
 
+// The fields of the first `maxLines` lines of delimited text that are not
+// empty, split at tabs or as comma-separated values, so that a user can see
+// what each column holds before giving the columns their roles.
+std::vector<std::vector<std::string>> LeadingTextLineFields(std::string_view text, bool tabs,
+                                                            std::size_t maxLines);
+
+// A role a column of a text file can play, with the short name a command
+// line gives it and the label a window shows; code -1 ignores the column.
+struct TextColumnRole {
+  std::int32_t code;
+  std::string_view name;
+  std::string_view label;
+};
+// Every role the text importer reads, the ignored column last.
+const std::vector<TextColumnRole>& TextColumnRoles();
+
 // Reads a file with the options. Throws FileError naming the file and the
 // reason: unreadable, of no known format, a text import without a column
 // layout is not an error (it reads no entries), an OFX file that neither
