@@ -386,17 +386,11 @@ ImportReviewDialog::ImportReviewDialog(tarn::TARNImportReview& review,
   for (int i = 0; i < ImportReviewModel::kColumnCount; ++i) {
     if (widths[i]) table_->setColumnWidth(i, widths[i]);
   }
-  // Sorting through the header without the view's own sort, which would sort
-  // once more on every header setup.
-  connect(header, &QHeaderView::sectionClicked, this, [this, header](int section) {
-    const Qt::SortOrder order = header->sortIndicatorSection() == section &&
-                                        header->sortIndicatorOrder() == Qt::AscendingOrder
-                                    ? Qt::DescendingOrder
-                                    : Qt::AscendingOrder;
-    header->setSortIndicator(section, order);
-    model_->sort(section, order);
-  });
+  // The header keeps the sort indicator (a second click on a column flips
+  // it); the model sorts its row order, leaving the review's items alone.
   header->setSortIndicator(-1, Qt::AscendingOrder);
+  connect(header, &QHeaderView::sortIndicatorChanged, model_,
+          [this](int section, Qt::SortOrder order) { model_->sort(section, order); });
   column->addWidget(table_, 1);
 
   auto* row = new QHBoxLayout;

@@ -307,6 +307,10 @@ void MainWindow::setBook(std::unique_ptr<tarn::TARNBook> book) {
   updateTitle();
 }
 
+tarn::TARNBook& MainWindow::book() {
+  return document_->book();
+}
+
 std::shared_ptr<tarn::TARNAccount> MainWindow::currentAccount() const {
   return document_ ? document_->book().accountWithNumber(accountNumber_) : nullptr;
 }

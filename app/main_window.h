@@ -44,6 +44,8 @@ class MainWindow : public QMainWindow {
   bool openPath(const QString& path);
   // An untitled book, or one already in memory (the sample).
   void setBook(std::unique_ptr<tarn::TARNBook> book);
+  // The open book, for tests and tools that look at what a command did.
+  tarn::TARNBook& book();
 
  protected:
   void closeEvent(QCloseEvent* event) override;
