@@ -420,9 +420,11 @@ void ImportReviewDialog::updateCounts() {
   const std::size_t total = review_.items().size();
   const std::size_t duplicates = review_.duplicateCount();
   const std::size_t ticked = review_.tickedCount();
-  counts_->setText(tr("%1: %2 entries, %3 likely duplicates (unticked); %4 to import")
+  counts_->setText(tr("%1: %2 %3, %4 likely %5 (unticked); %6 to import")
                        .arg(fileName_)
                        .arg(total)
+                       .arg(total == 1 ? tr("entry") : tr("entries"))
                        .arg(duplicates)
+                       .arg(duplicates == 1 ? tr("duplicate") : tr("duplicates"))
                        .arg(ticked));
 }

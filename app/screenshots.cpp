@@ -1,25 +1,32 @@
 // Renders the window on the sample household book to PNG files: the
-// register, the entry form holding a split entry, reconcile mode and the
-// scheduled entries.
+// register, the entry form holding a split entry, reconcile mode, the
+// scheduled entries and the review of an import.
 //   tarn-desktop-screenshots [folder]   (default: docs/screenshots)
 // Run with QT_QPA_PLATFORM=offscreen on a machine without a display.
 
 #include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPixmap>
 #include <QTableView>
 #include <QTableWidget>
+#include <QTemporaryDir>
 #include <QTextStream>
 
 #include <cstdio>
 
+#include "import_review_window.h"
+#include "import_run.h"
 #include "main_window.h"
 #include "register_model.h"
+#include "tarn/account/account.h"
 #include "tarn/book/book.h"
+#include "tarn/book/import_review.h"
 #include "tarn/book/sample_book.h"
+#include "tarn/import/import_file.h"
 #include "tarn/platform/calendar_date.h"
 
 namespace {
@@ -101,5 +108,46 @@ int main(int argc, char** argv) {
     due->selectRow(0);
   }
   ok = Save(*schedules, folder, "window_schedules.png") && ok;
+  schedules->close();
+
+  // The review of a bank's QIF file: one entry the account already holds
+  // (marked as a likely duplicate, unticked) and one of a category the book
+  // does not have yet.
+  tarn::TARNBook& book = window.book();
+  auto checking = book.accounts().front();
+  const auto& existing = *checking->GetEntries().back();
+  const auto qifDate = [](tarn::DateNumber date) {
+    return QString::asprintf("%02d/%02d/%04d", date / 100 % 100, date % 100, date / 10000);
+  };
+  QString qif = QStringLiteral("!Type:Bank\n");
+  const auto record = [&](const QString& date, double amount, const QString& payee,
+                          const QString& memo, const QString& category) {
+    qif += QStringLiteral("D%1\nT%2\nP%3\nM%4\nL%5\n^\n")
+               .arg(date, QString::number(amount, 'f', 2), payee, memo, category);
+  };
+  record(qifDate(existing.GetDate()), existing.GetAmount(),
+         QString::fromStdString(existing.GetToFrom()),
+         QString::fromStdString(existing.GetDescription()), QString());
+  record("11/25/2026", -64.20, "Corner Grocer", "Weekly shop", "Food:Groceries");
+  record("11/26/2026", -38.75, "Green Thumb Nursery", "Tomato seedlings", "Garden:Plants");
+  record("11/27/2026", -12.00, "City Parking", "Downtown garage", "Auto");
+  record("11/28/2026", 1850.00, "Acme Payroll", "Salary", "Income:Salary");
+  QTemporaryDir scratch;
+  const QString qifPath = scratch.filePath("bank-november.qif");
+  QFile qifFile(qifPath);
+  if (!qifFile.open(QIODevice::WriteOnly)) return 1;
+  qifFile.write(qif.toUtf8());
+  qifFile.close();
+  tarn::ImportFileOptions importOptions = RememberedImportOptions(*checking);
+  importOptions.qif.dateFormat = tarn::ImportDateFormatIndex("%m/%d/%Y").value_or(0);
+  const tarn::ImportedFile imported = tarn::ReadImportedFile(qifPath.toStdString(), importOptions);
+  tarn::TARNImportReview review(book, *checking, imported.format, importOptions);
+  review.addEntries(imported.entries);
+  ImportReviewDialog dialog(review, imported, book, *checking, &window);
+  dialog.resize(1180, 320);
+  dialog.show();
+  dialog.table()->setCurrentIndex(QModelIndex());
+  ok = Save(dialog, folder, "import_review.png") && ok;
+  dialog.hide();
   return ok ? 0 : 1;
 }
