@@ -46,7 +46,9 @@
 namespace {
 
 constexpr tarn::DateNumber kToday = 20261124;
-const QString kCorpus = QStringLiteral("/work/shared/corpus");
+// The corpus beside the project, or where TARN_CORPUS_DIR says (a work tree
+// elsewhere).
+const QString kCorpus = qEnvironmentVariable("TARN_CORPUS_DIR", QStringLiteral(TARN_CORPUS_DIR));
 
 long long Cents(double amount) {
   return std::llround(amount * 100);

@@ -10,7 +10,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "tarn/platform/calendar_date.h"
 #include "tarn/platform/encodings.h"
@@ -182,3 +185,31 @@ TEST_F(ReadImportedFileTest, RefusesMissingEmptyAndUnknownFilesNamingThem) {
 
 }  // namespace
 }  // namespace tarn
+
+TEST(LeadingTextLines, SplitsTheFirstLinesAsTheImporterReadsThem) {
+  // Quoted commas and doubled quotes, every line end, empty lines skipped.
+  const std::string text =
+      "Date,\"Payee, Inc\",Amount\r\n\r\n1/2/2026,\"Say \"\"hi\"\"\",-3.50\r4/5/2026,,7\n";
+  const auto lines = tarn::LeadingTextLineFields(text, false, 10);
+  ASSERT_EQ(lines.size(), 3u);
+  EXPECT_EQ(lines[0], (std::vector<std::string>{"Date", "Payee, Inc", "Amount"}));
+  EXPECT_EQ(lines[1], (std::vector<std::string>{"1/2/2026", "Say \"hi\"", "-3.50"}));
+  EXPECT_EQ(lines[2], (std::vector<std::string>{"4/5/2026", "", "7"}));
+  // At most the lines asked for; tabs keep commas inside a field.
+  const auto tabs = tarn::LeadingTextLineFields("a,b\tc\t\nd\te\n", true, 1);
+  ASSERT_EQ(tabs.size(), 1u);
+  EXPECT_EQ(tabs[0], (std::vector<std::string>{"a,b", "c", ""}));
+  EXPECT_TRUE(tarn::LeadingTextLineFields("\n\r\n", false, 5).empty());
+
+  // Every role has one code and one name; skip comes last.
+  const auto& roles = tarn::TextColumnRoles();
+  std::set<std::int32_t> codes;
+  std::set<std::string_view> names;
+  for (const auto& role : roles) {
+    codes.insert(role.code);
+    names.insert(role.name);
+  }
+  EXPECT_EQ(codes.size(), roles.size());
+  EXPECT_EQ(names.size(), roles.size());
+  EXPECT_EQ(roles.back().code, -1);
+}
