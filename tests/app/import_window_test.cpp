@@ -23,6 +23,7 @@
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <tuple>
@@ -92,20 +93,17 @@ class ImportWindowTest : public QObject {
   static QString corpus(const QString& file) { return kCorpus + "/" + file; }
 
   QTemporaryDir dir_;
+  std::optional<WindowTestEnvironment> environment_;
   std::unique_ptr<MainWindow> window_;
-  std::function<void(std::string_view)> previousSink_;
 };
 
 void ImportWindowTest::initTestCase() {
   QVERIFY(dir_.isValid());
-  qputenv("XDG_CONFIG_HOME", dir_.filePath("config").toUtf8());
-  previousSink_ = tarn::SetLogSink([](std::string_view) {});
-  tarn::CalendarDate::overrideNow(tarn::CalendarDate::dateWithDateNumber(kToday));
+  environment_.emplace(dir_.filePath("config"), kToday);
 }
 
 void ImportWindowTest::cleanupTestCase() {
-  tarn::CalendarDate::overrideNow(std::nullopt);
-  tarn::SetLogSink(previousSink_);
+  environment_.reset();
 }
 
 void ImportWindowTest::init() {
