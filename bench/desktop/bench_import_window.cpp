@@ -27,6 +27,7 @@
 #include "tarn/book/sample_book.h"
 #include "tarn/platform/calendar_date.h"
 #include "tarn/platform/log.h"
+#include "window_bench_main.h"
 
 namespace {
 
@@ -100,14 +101,5 @@ BENCHMARK(BM_ImportReviewShown)->Arg(10000)->Unit(benchmark::kMillisecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  QTemporaryDir dir;
-  scratch = &dir;
-  tarn::SetLogSink([](std::string_view) {});
-  tarn::CalendarDate::overrideNow(tarn::CalendarDate(2026, 11, 24));
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
+  return RunWindowBenchmarks(argc, argv, scratch);
 }

@@ -23,6 +23,7 @@
 #include "tarn/book/sample_book.h"
 #include "tarn/platform/calendar_date.h"
 #include "tarn/platform/log.h"
+#include "window_bench_main.h"
 
 namespace {
 
@@ -128,14 +129,5 @@ BENCHMARK(BM_ScrollPage)->Arg(100000)->Unit(benchmark::kMicrosecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
-  QTemporaryDir dir;
-  scratch = &dir;
-  tarn::SetLogSink([](std::string_view) {});
-  tarn::CalendarDate::overrideNow(tarn::CalendarDate(2026, 11, 24));
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
+  return RunWindowBenchmarks(argc, argv, scratch);
 }
