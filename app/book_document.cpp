@@ -88,6 +88,27 @@ class ContentsCommand : public BookCommand {
   tarn::BookContents before_, after_;
 };
 
+class SummariesCommand : public BookCommand {
+ public:
+  SummariesCommand(BookDocument* document, const QString& text, std::int32_t account,
+                   tarn::AccountSummaries before, tarn::AccountSummaries after)
+      : BookCommand(document, text, account),
+        before_(std::move(before)),
+        after_(std::move(after)) {}
+
+ protected:
+  void revert() override { set(before_); }
+  void apply() override { set(after_); }
+
+ private:
+  void set(const tarn::AccountSummaries& summaries) {
+    if (auto account = document_->book().accountWithNumber(account_)) {
+      tarn::RestoreAccountSummaries(*account, summaries);
+    }
+  }
+  tarn::AccountSummaries before_, after_;
+};
+
 }  // namespace
 
 BookDocument::BookDocument(std::unique_ptr<tarn::TARNBook> book, QObject* parent)
@@ -129,6 +150,12 @@ void BookDocument::pushContents(const QString& text, tarn::BookContents before,
                                 tarn::BookContents after) {
   undoStack_.push(new ContentsCommand(this, text, std::move(before), std::move(after)));
   notifyChanged(-1);
+}
+
+void BookDocument::pushSummaries(const QString& text, std::int32_t account,
+                                 tarn::AccountSummaries before, tarn::AccountSummaries after) {
+  undoStack_.push(new SummariesCommand(this, text, account, std::move(before), std::move(after)));
+  notifyChanged(account);
 }
 
 void BookDocument::notifyChanged(std::int32_t account) {
