@@ -40,34 +40,28 @@ constexpr auto kRight = Qt::AlignRight | Qt::AlignVCenter;
 QString SummaryPeriodLabel(const tarn::TARNSummaryPeriod& period, std::int32_t periodStyle) {
   const QDate start = ToQDate(period.startDate);
   const QDate end = ToQDate(period.endDate);
-  const QLocale c = QLocale::c();
+  // A calendar month, quarter or year is named as such, also when the
+  // range's end cuts it short (the periods table shows the last day).
   switch (periodStyle) {
     case tarn::kSummaryPeriodMonth:
-      if (start.day() == 1 && end == start.addMonths(1).addDays(-1)) {
-        return c.toString(start, QStringLiteral("MMM yyyy"));
+      if (start.day() == 1 && end < start.addMonths(1)) {
+        return QLocale::c().toString(start, QStringLiteral("MMM yyyy"));
       }
       break;
     case tarn::kSummaryPeriodQuarter:
-      if (start.day() == 1 && (start.month() - 1) % 3 == 0 &&
-          end == start.addMonths(3).addDays(-1)) {
+      if (start.day() == 1 && (start.month() - 1) % 3 == 0 && end < start.addMonths(3)) {
         return QStringLiteral("Q%1 %2").arg((start.month() - 1) / 3 + 1).arg(start.year());
       }
       break;
     case tarn::kSummaryPeriodYear:
-      if (start.dayOfYear() == 1 && end == QDate(start.year(), 12, 31)) {
-        return QString::number(start.year());
-      }
+      if (start.dayOfYear() == 1) return QString::number(start.year());
       break;
-    case tarn::kSummaryPeriodDay:
-      return start.toString(Qt::ISODate);
     default:
       break;
   }
-  // A period cut short by the range, or one counted from a day in the middle
-  // of a month, names both ends.
-  return start == end ? start.toString(Qt::ISODate)
-                      : QStringLiteral("%1 – %2").arg(start.toString(Qt::ISODate),
-                                                      end.toString(Qt::ISODate));
+  // Days and weeks, and months or quarters counted from a day in the middle
+  // of a month, are named by their first day.
+  return start.toString(Qt::ISODate);
 }
 
 // --- Periods ------------------------------------------------------------------

@@ -264,11 +264,8 @@ void SummaryWindow::buildOptions(QFormLayout* form) {
     edit->setDisplayFormat(QStringLiteral("yyyy-MM-dd"));
     edit->setCalendarPopup(true);
   }
-  auto* dates = new QHBoxLayout;
-  dates->addWidget(start_);
-  dates->addWidget(new QLabel(tr("to")));
-  dates->addWidget(end_);
-  form->addRow(tr("From:"), dates);
+  form->addRow(tr("From:"), start_);
+  form->addRow(tr("To:"), end_);
   period_ = ChoiceBox("periodStyle", kPeriods);
   form->addRow(tr("Periods:"), period_);
 
