@@ -503,6 +503,12 @@ void SummaryWindow::showResult() {
   descriptions_->setRows(result_, result_ ? &result_->subtotals.descriptions : nullptr, format);
   payees_->setRows(result_, result_ ? &result_->subtotals.toFroms : nullptr, format);
 
+  // A summary saved without some kind of subtotal does not show its tab.
+  tabs_->setTabVisible(tabs_->indexOf(categoriesView_), working_->subtotalCategories());
+  tabs_->setTabVisible(tabs_->indexOf(typesView_), working_->subtotalTypes());
+  tabs_->setTabVisible(tabs_->indexOf(descriptionsView_), working_->subtotalDescriptions());
+  tabs_->setTabVisible(tabs_->indexOf(payeesView_), working_->subtotalToFroms());
+
   const bool have = result_ != nullptr;
   for (QWidget* each : std::initializer_list<QWidget*>{
            saved_, name_, range_, period_, debits_, deposits_, resolved_, taxDeductible_, checks_,
