@@ -322,8 +322,9 @@ void SummaryWindow::buildOptions(QFormLayout* form) {
 
   connect(saved_, &QComboBox::currentIndexChanged, this, &SummaryWindow::chooseSummary);
   connect(name_, &QLineEdit::textChanged, this, [this](const QString& text) {
-    saveOver_->setEnabled(chosen_ >= 0 && !text.trimmed().isEmpty());
-    saveNew_->setEnabled(chosen_ >= 0 && !text.trimmed().isEmpty());
+    const bool named = result_ && !text.trimmed().isEmpty();
+    saveOver_->setEnabled(named && chosen_ >= 0);
+    saveNew_->setEnabled(named);
   });
   for (QComboBox* box : {range_, period_, resolved_, taxDeductible_, checks_, filterType_}) {
     connect(box, &QComboBox::currentIndexChanged, this, &SummaryWindow::optionsChanged);

@@ -5,6 +5,10 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QBarSeries>
+#include <QBarSet>
+#include <QChart>
+#include <QChartView>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDateEdit>
@@ -303,6 +307,21 @@ void SummaryWindowTest::optionsChangeTheTables() {
   QCOMPARE(periods->index(3, SummaryPeriodsModel::kEnd).data().toString(), QString("2026-11-24"));
   QCOMPARE(categories->columnCount(), SummaryCategoryModel::kFirstPeriod + 4);
   QCOMPARE(label("total"), total);  // the range is the same
+  // The chart has a debit and a deposit bar per period, debits as heights.
+  auto* bars =
+      qobject_cast<QBarSeries*>(child<QChartView>("summaryChart")->chart()->series().value(0));
+  QVERIFY(bars);
+  QCOMPARE(bars->barSets().size(), 2);
+  for (int row = 0; row < periods->rowCount(); ++row) {
+    QCOMPARE(
+        bars->barSets()[0]->at(row),
+        std::fabs(
+            periods->index(row, SummaryPeriodsModel::kDebits).data(kSummaryAmountRole).toDouble()));
+    QCOMPARE(
+        bars->barSets()[1]->at(row),
+        periods->index(row, SummaryPeriodsModel::kDeposits).data(kSummaryAmountRole).toDouble());
+  }
+  QCOMPARE(bars->barSets()[0]->count(), 4);
   periodStyle->setCurrentIndex(periodStyle->findData(tarn::kSummaryPeriodWholeRange));
   QCOMPARE(periods->rowCount(), 1);
   // Each period's end balance is the next one's start balance; the range's
