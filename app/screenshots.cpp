@@ -5,8 +5,8 @@
 // Run with QT_QPA_PLATFORM=offscreen on a machine without a display.
 
 #include <QAction>
-#include <QComboBox>
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
