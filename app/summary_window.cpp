@@ -559,17 +559,16 @@ void SummaryWindow::showResult() {
   // Columns sized once from the widest amount a cell is likely to hold,
   // rather than by measuring every cell of every period.
   const int amountWidth =
-      std::max(fontMetrics().horizontalAdvance(format(-8888888.88)),
+      std::max(fontMetrics().horizontalAdvance(format(-888888.88)),
                fontMetrics().horizontalAdvance(QStringLiteral("Start Balance"))) +
-      16;
+      12;
   for (QTableView* table : {periodsView_, typesView_, descriptionsView_, payeesView_}) {
     QHeaderView* header = table->horizontalHeader();
     header->setDefaultSectionSize(amountWidth);
     header->setMinimumSectionSize(48);
   }
-  periodsView_->setColumnWidth(
-      SummaryPeriodsModel::kPeriod,
-      fontMetrics().horizontalAdvance(QStringLiteral("8888-88-88 – 8888-88-88")) + 16);
+  periodsView_->setColumnWidth(SummaryPeriodsModel::kPeriod,
+                               fontMetrics().horizontalAdvance(QStringLiteral("8888-88-88")) + 24);
   periodsView_->setColumnWidth(SummaryPeriodsModel::kEnd,
                                fontMetrics().horizontalAdvance(QStringLiteral("8888-88-88")) + 16);
   periodsView_->setColumnWidth(SummaryPeriodsModel::kEntries,
