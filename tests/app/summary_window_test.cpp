@@ -103,6 +103,7 @@ class SummaryWindowTest : public QObject {
   void savedSummariesAgreeWithTheRegister();
   void optionsChangeTheTables();
   void savesOptionsIntoTheAccountWithUndo();
+  void keepsStoredStylesThePopUpsDoNotOffer();
 
  private:
   SummaryWindow* open();
@@ -457,6 +458,49 @@ void SummaryWindowTest::savesOptionsIntoTheAccountWithUndo() {
   const auto reread = tarn::TARNAccount::initWithDictionary(account->asDictionary(), nullptr);
   QCOMPARE(reread->accountSummaries()[static_cast<std::size_t>(chosen)]->subtotalPeriodStyle(),
            tarn::kSummaryPeriodQuarter);
+}
+
+// A file may hold range, period and search numbers the pop-ups have no
+// words for: the summary shows with its stored dates and is saved back with
+// the same numbers.
+void SummaryWindowTest::keepsStoredStylesThePopUpsDoNotOffer() {
+  const std::int32_t number = summary_->account();
+  const auto account = book_->accountWithNumber(number);
+  auto odd = std::make_shared<tarn::TARNAccountSummary>();
+  odd->setName(std::string("Odd Numbers"));
+  odd->setDateRangeStyle(13);
+  odd->setStartDate(20260301);
+  odd->setEndDate(20260331);
+  odd->setSubtotalPeriodStyle(9);
+  odd->setFilter(true);
+  odd->setFilterType(7);
+  odd->setFilterData(tarn::plist::Value("anything"));
+  account->addAccountSummary(odd);
+  summary_->setAccount(-1);
+  summary_->setAccount(number);
+  auto* saved = child<QComboBox>("savedSummaries");
+  saved->setCurrentIndex(saved->findText("Odd Numbers"));
+  QCOMPARE(child<QComboBox>("rangeStyle")->currentText(), QString("Saved dates (style 13)"));
+  QCOMPARE(child<QComboBox>("periodStyle")->currentData().toInt(), 9);
+  QCOMPARE(child<QComboBox>("filterType")->currentData().toInt(), 7);
+  QCOMPARE(child<QTableView>("periods")->model()->rowCount(), 1);  // the whole range
+  // A search field without a condition filters nothing.
+  Selection march;
+  march.from = 20260301;
+  march.to = 20260331;
+  QCOMPARE(label("entryCount"), QString::number(sumRegister(march).count));
+
+  child<QCheckBox>("showDeposits")->setChecked(false);
+  QTest::mouseClick(child<QPushButton>("saveSummary"), Qt::LeftButton);
+  const auto& stored = account->accountSummaries().back();
+  QCOMPARE(stored->name(), std::string("Odd Numbers"));
+  QCOMPARE(stored->dateRangeStyle(), 13);
+  QCOMPARE(stored->startDate(), 20260301);
+  QCOMPARE(stored->endDate(), 20260331);
+  QCOMPARE(stored->subtotalPeriodStyle(), 9);
+  QCOMPARE(stored->filterType(), 7);
+  QCOMPARE(stored->filterData(), tarn::plist::Value("anything"));
+  QVERIFY(!stored->showDeposits());
 }
 
 QTEST_MAIN(SummaryWindowTest)
