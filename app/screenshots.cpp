@@ -1,11 +1,13 @@
 // Renders the window on the sample household book to PNG files: the
 // register, the entry form holding a split entry, reconcile mode, the
-// scheduled entries and the review of an import.
+// scheduled entries, the checking account's summary of the year and the
+// review of an import.
 //   tarn-desktop-screenshots [folder]   (default: docs/screenshots)
 // Run with QT_QPA_PLATFORM=offscreen on a machine without a display.
 
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QLabel>
@@ -15,6 +17,7 @@
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTextStream>
+#include <QTreeView>
 
 #include <cstdio>
 
@@ -109,6 +112,21 @@ int main(int argc, char** argv) {
   }
   ok = Save(*schedules, folder, "window_schedules.png") && ok;
   schedules->close();
+
+  // The year so far by month: the chart and the category tree opened out.
+  for (QAction* action : window.findChildren<QAction*>()) {
+    if (action->text() == QStringLiteral("Su&mmary...")) action->trigger();
+  }
+  auto* summary = window.findChild<QWidget*>("summaryWindow");
+  if (!summary) {
+    std::fprintf(stderr, "the summary window did not open\n");
+    return 1;
+  }
+  auto* saved = summary->findChild<QComboBox*>("savedSummaries");
+  saved->setCurrentIndex(saved->findText(QStringLiteral("All Entries, Year To Date")));
+  summary->findChild<QTreeView*>("categories")->expandAll();
+  ok = Save(*summary, folder, "window_summary.png") && ok;
+  summary->close();
 
   // The review of a bank's QIF file: one entry the account already holds
   // (marked as a likely duplicate, unticked) and one of a category the book
