@@ -31,12 +31,7 @@ const auto WrongFor = [](std::string key) { return key + " is in wrong format fo
 const auto WrongIn = [](std::string what) { return what + " is in the wrong format" + kInit; };
 
 Lines Words(const std::string& text, char separator = ' ') {
-  Lines words;
-  std::size_t start = 0;
-  for (std::size_t end; (end = text.find(separator, start)) != std::string::npos; start = end + 1)
-    words.push_back(text.substr(start, end - start));
-  words.push_back(text.substr(start));
-  return words;
+  return Split(text, separator);
 }
 
 // Every "missing" line of the loader, in the order the keys are read.

@@ -85,6 +85,16 @@ inline std::vector<std::int32_t> Numbers(const TARNAccount::Entries& entries) {
   return numbers;
 }
 
+// The parts of the text between separators, empty ones included.
+inline std::vector<std::string> Split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  std::size_t start = 0;
+  for (std::size_t end; (end = text.find(separator, start)) != std::string::npos; start = end + 1)
+    parts.push_back(text.substr(start, end - start));
+  parts.push_back(text.substr(start));
+  return parts;
+}
+
 // A new account whose empty password has signed it in.
 inline std::shared_ptr<TARNAccount> SignedInAccount() {
   auto account = std::make_shared<TARNAccount>();

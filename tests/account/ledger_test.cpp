@@ -665,15 +665,6 @@ TEST(ExportQif, DefaultsFilterAndEmptyAccount) {
             "T-2.50\nC*\n^\n");
 }
 
-Row Split(const std::string& text, char separator) {
-  Row parts;
-  std::size_t start = 0;
-  for (std::size_t end; (end = text.find(separator, start)) != std::string::npos; start = end + 1)
-    parts.push_back(text.substr(start, end - start));
-  parts.push_back(text.substr(start));
-  return parts;
-}
-
 // The rows of the table; the text ends with a line ending.
 std::vector<Row> Rows(const std::string& text) {
   Row lines = Split(text, '\n');
