@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "import/import_test_support.h"
 #include "tarn/account/account_settings.h"
 #include "tarn/import/ofx_import.h"
 
@@ -21,28 +22,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The corpus folder: TARN_CORPUS_DIR in the environment, else the one beside
-// the project.
 fs::path corpusFolder() {
-  if (const char* folder = std::getenv("TARN_CORPUS_DIR")) return fs::path(folder) / "ofx";
-  return fs::path(TARN_CORPUS_DIR) / "ofx";
+  return testing::CorpusDir() / "ofx";
 }
 
 std::vector<fs::path> corpusFiles() {
-  std::vector<fs::path> files;
-  std::error_code error;
-  for (const auto& item : fs::directory_iterator(corpusFolder(), error)) {
-    if (item.is_regular_file()) files.push_back(item.path());
-  }
-  std::sort(files.begin(), files.end());
-  return files;
-}
-
-std::string contentsOf(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
+  return testing::FilesIn(corpusFolder());
 }
 
 struct Counts {
@@ -135,7 +120,7 @@ TEST(OFXCorpus, EveryFileLoadsAndParsesWithTheTransactionsItHolds) {
         EXPECT_TRUE(entry.find("type"));
       }
     }
-    EXPECT_EQ(parsed, countedInText(contentsOf(path)));
+    EXPECT_EQ(parsed, countedInText(testing::FileText(path)));
   }
   // The files the faithful reading rejects, and why: references already
   // escaped in OFX 1 (the doubled entity name), Windows-1252 bytes that the

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "account/account_test_support.h"
+#include "import/import_test_support.h"
 #include "tarn/account/account.h"
 #include "tarn/account/export_options.h"
 #include "tarn/account/in_memory_accounts_controller.h"
@@ -20,11 +21,7 @@ namespace {
 using plist::Array;
 using plist::Value;
 
-const Value& Key(const Value& entry, const char* key) {
-  static const Value nil;
-  const Value* found = entry.find(key);
-  return found ? *found : nil;
-}
+using testing::Key;
 
 const char* const kTexts[] = {"",
                               "Market",
