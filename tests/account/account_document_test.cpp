@@ -294,11 +294,7 @@ TEST(AccountDictionary, CurrenciesAreSharedThroughTheController) {
 TEST(AccountDictionary, TypesSummariesAndLayout) {
   PinnedClock clock;
   auto type = [](const char* name, int number, bool deposit) {
-    TARNAccountEntryType made;
-    made.SetName(name);
-    made.SetNumber(number);
-    made.SetIsDeposit(deposit);
-    return made.asDictionary();
+    return MakeType(name, number, deposit)->asDictionary();
   };
   auto summary = [](const char* name) {
     TARNAccountSummary made;
@@ -461,10 +457,7 @@ std::shared_ptr<TARNAccount> RichAccount(TARNAccountsController* controller) {
   schedule->AddCommittedDate(20240105);
   a.SetSchedules({schedule});
 
-  TARNAccountEntryType retired;
-  retired.SetName("Telegraph");
-  retired.SetNumber(40);
-  a.inactiveTypes().push_back(TARNAccountEntryType::initWithDictionary(retired.asDictionary()));
+  a.inactiveTypes().push_back(MakeType("Telegraph", 40, false));
   a.setDefaultDebitType(a.accountEntryTypeForNumber(4));
   a.setDefaultDepositType(a.accountEntryTypeForNumber(10));
   a.SetPreferredDebitDescriptions(TARNAccount::Strings{"Rent", "Groceries"});
