@@ -31,12 +31,7 @@ const auto WrongFor = [](std::string key) { return key + " is in wrong format fo
 const auto WrongIn = [](std::string what) { return what + " is in the wrong format" + kInit; };
 
 Lines Words(const std::string& text, char separator = ' ') {
-  Lines words;
-  std::size_t start = 0;
-  for (std::size_t end; (end = text.find(separator, start)) != std::string::npos; start = end + 1)
-    words.push_back(text.substr(start, end - start));
-  words.push_back(text.substr(start));
-  return words;
+  return Split(text, separator);
 }
 
 // Every "missing" line of the loader, in the order the keys are read.
@@ -299,11 +294,7 @@ TEST(AccountDictionary, CurrenciesAreSharedThroughTheController) {
 TEST(AccountDictionary, TypesSummariesAndLayout) {
   PinnedClock clock;
   auto type = [](const char* name, int number, bool deposit) {
-    TARNAccountEntryType made;
-    made.SetName(name);
-    made.SetNumber(number);
-    made.SetIsDeposit(deposit);
-    return made.asDictionary();
+    return MakeType(name, number, deposit)->asDictionary();
   };
   auto summary = [](const char* name) {
     TARNAccountSummary made;
@@ -466,10 +457,7 @@ std::shared_ptr<TARNAccount> RichAccount(TARNAccountsController* controller) {
   schedule->AddCommittedDate(20240105);
   a.SetSchedules({schedule});
 
-  TARNAccountEntryType retired;
-  retired.SetName("Telegraph");
-  retired.SetNumber(40);
-  a.inactiveTypes().push_back(TARNAccountEntryType::initWithDictionary(retired.asDictionary()));
+  a.inactiveTypes().push_back(MakeType("Telegraph", 40, false));
   a.setDefaultDebitType(a.accountEntryTypeForNumber(4));
   a.setDefaultDepositType(a.accountEntryTypeForNumber(10));
   a.SetPreferredDebitDescriptions(TARNAccount::Strings{"Rent", "Groceries"});

@@ -11,6 +11,8 @@
 
 #include "tarn/account/account.h"
 #include "tarn/model/account_entry.h"
+#include "tarn/model/category.h"
+#include "tarn/model/entry_type.h"
 #include "tarn/platform/calendar_date.h"
 #include "tarn/platform/log.h"
 
@@ -83,6 +85,37 @@ inline std::vector<std::int32_t> Numbers(const TARNAccount::Entries& entries) {
   std::vector<std::int32_t> numbers;
   for (const auto& entry : entries) numbers.push_back(entry->GetNumber());
   return numbers;
+}
+
+// The parts of the text between separators, empty ones included.
+inline std::vector<std::string> Split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  std::size_t start = 0;
+  for (std::size_t end; (end = text.find(separator, start)) != std::string::npos; start = end + 1)
+    parts.push_back(text.substr(start, end - start));
+  parts.push_back(text.substr(start));
+  return parts;
+}
+
+// A category with its children.
+inline std::shared_ptr<TARNAccountEntryCategory> MakeCategory(
+    std::string name, std::int32_t number,
+    std::vector<std::shared_ptr<TARNAccountEntryCategory>> children = {}) {
+  auto category = std::make_shared<TARNAccountEntryCategory>();
+  category->setName(std::move(name));
+  category->setNumber(number);
+  for (auto& child : children) category->addChild(std::move(child));
+  return category;
+}
+
+inline std::shared_ptr<TARNAccountEntryType> MakeType(std::string name, std::int32_t number,
+                                                      bool deposit, bool check = false) {
+  auto type = std::make_shared<TARNAccountEntryType>();
+  type->SetName(std::move(name));
+  type->SetNumber(number);
+  type->SetIsDeposit(deposit);
+  type->SetIsCheck(check);
+  return type;
 }
 
 // A new account whose empty password has signed it in.

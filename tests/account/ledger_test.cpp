@@ -35,21 +35,6 @@ using V = std::vector<std::int32_t>;
 using EntryPtr = std::shared_ptr<TARNAccountEntry>;
 using Row = std::vector<std::string>;
 
-std::shared_ptr<TARNAccountEntryType> MakeType(const std::string& name, std::int32_t number,
-                                               bool deposit) {
-  auto type = std::make_shared<TARNAccountEntryType>();
-  type->SetName(name);
-  type->SetNumber(number);
-  type->SetIsDeposit(deposit);
-  return type;
-}
-
-std::shared_ptr<TARNAccountEntryCategory> MakeCategory(std::int32_t number) {
-  auto category = std::make_shared<TARNAccountEntryCategory>();
-  category->setNumber(number);
-  return category;
-}
-
 // A deposit, then a busy 5 January: checks 100 to 102 (102 void) and non-checks
 // entered as 2, 5 and 6 (6 void), then a later debit.
 struct BusyDay {
@@ -183,13 +168,13 @@ TEST(LedgerLookups, TypesByNameAndDeactivation) {
   EXPECT_EQ(account->inactiveTypes(), (TARNAccount::Types{oldFee, fee}));
   EXPECT_EQ(account->accountEntryTypeForNumber(3), fee);
 
-  auto rent = MakeCategory(8);
+  auto rent = MakeCategory("Rent", 8);
   account->categories().push_back(rent);
   account->deactivateCategory(rent);
   EXPECT_TRUE(account->categories().empty());
   EXPECT_EQ(account->inactiveCategories(), (TARNAccount::Categories{rent}));
   InMemoryAccountsController controller;  // with a controller, categories are its own
-  auto shared = MakeCategory(8);
+  auto shared = MakeCategory("Rent", 8);
   controller.categories().push_back(shared);
   account->setAccountsController(&controller);
   EXPECT_EQ(account->accountEntryCategoryForNumber(8), shared);
@@ -266,8 +251,8 @@ TEST(LedgerNumbering, EntrySchedulesTypesAndCategoriesNumbers) {
   EXPECT_EQ(account->nextAvailableTypeNumber(), 0);
   account->inactiveTypes().push_back(MakeType("b", 12, false));
   EXPECT_EQ(account->nextAvailableTypeNumber(), 13);
-  auto parent = MakeCategory(3);
-  parent->addChild(MakeCategory(9));
+  auto parent = MakeCategory("Home", 3);
+  parent->addChild(MakeCategory("Garden", 9));
   account->categories().push_back(parent);
   EXPECT_EQ(account->nextAvailableCategoryNumber(), 10);
 }
@@ -484,25 +469,10 @@ struct ExportLedger {
   TARNAccount& a = *account;
 
   ExportLedger() {
-    auto category = [](const char* name, std::int32_t number) {
-      auto made = std::make_shared<TARNAccountEntryCategory>();
-      made->setName(std::string(name));
-      made->setNumber(number);
-      return made;
-    };
-    auto home = category("Home", 1);
-    home->addChild(category("Rent", 2));
-    controller.categories() = {home, category("Food", 3)};
+    controller.categories() = {MakeCategory("Home", 1, {MakeCategory("Rent", 2)}),
+                               MakeCategory("Food", 3)};
     a.setAccountsController(&controller);
-    auto type = [](const char* name, std::int32_t number, bool check) {
-      auto made = std::make_shared<TARNAccountEntryType>();
-      made->SetName(std::string(name));
-      made->SetNumber(number);
-      made->SetIsCheck(check);
-      made->SetIsDeposit(!check);
-      return made;
-    };
-    a.types() = {type("Check", 10, true), type("Payroll", 11, false)};
+    a.types() = {MakeType("Check", 10, false, true), MakeType("Payroll", 11, true)};
     a.SetName(std::string("Everyday"));
     a.SetStartingBalance(100.0);
 
@@ -663,15 +633,6 @@ TEST(ExportQif, DefaultsFilterAndEmptyAccount) {
   EXPECT_EQ(empty->asQIFStringWithOptions(nullptr),
             "!Account\nNNew\nTBank\nB-2.50\n^\n!Type:Bank\nD02/03/2025\nMStarting Balance\n"
             "T-2.50\nC*\n^\n");
-}
-
-Row Split(const std::string& text, char separator) {
-  Row parts;
-  std::size_t start = 0;
-  for (std::size_t end; (end = text.find(separator, start)) != std::string::npos; start = end + 1)
-    parts.push_back(text.substr(start, end - start));
-  parts.push_back(text.substr(start));
-  return parts;
 }
 
 // The rows of the table; the text ends with a line ending.

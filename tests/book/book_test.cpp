@@ -15,6 +15,7 @@
 
 #include <unistd.h>
 
+#include "book/book_test_support.h"
 #include "tarn/account/account.h"
 #include "tarn/book/book_entries.h"
 #include "tarn/book/book_lock.h"
@@ -33,22 +34,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class BookTest : public ::testing::Test {
+class BookTest : public testing::QuietDayTest {
  protected:
   void SetUp() override {
-    CalendarDate::overrideNow(CalendarDate(2026, 11, 24));
-    previousSink_ = SetLogSink([](std::string_view) {});
     dir_ = fs::temp_directory_path() /
            ("tarn_book_test_" + std::to_string(::getpid()) + "_" +
             ::testing::UnitTest::GetInstance()->current_test_info()->name());
     fs::remove_all(dir_);
     fs::create_directories(dir_);
   }
-  void TearDown() override {
-    fs::remove_all(dir_);
-    SetLogSink(previousSink_);
-    CalendarDate::overrideNow(std::nullopt);
-  }
+  void TearDown() override { fs::remove_all(dir_); }
   std::string path(const std::string& name) const { return (dir_ / name).string(); }
   static std::string contents(const std::string& file) {
     std::ifstream in(file, std::ios::binary);
@@ -71,7 +66,6 @@ class BookTest : public ::testing::Test {
   }
 
   fs::path dir_;
-  std::function<void(std::string_view)> previousSink_;
 };
 
 TEST_F(BookTest, SavedBooksReadBackWholeInBothFormats) {

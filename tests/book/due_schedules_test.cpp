@@ -9,6 +9,7 @@
 #include <functional>
 #include <stdexcept>
 
+#include "book/book_test_support.h"
 #include "tarn/account/account.h"
 #include "tarn/book/book.h"
 #include "tarn/model/account_entry.h"
@@ -20,17 +21,9 @@
 namespace tarn {
 namespace {
 
-class DueSchedulesTest : public ::testing::Test {
+class DueSchedulesTest : public testing::QuietDayTest {
  protected:
-  void SetUp() override {
-    CalendarDate::overrideNow(CalendarDate(2026, 11, 24));  // a Tuesday
-    previousSink_ = SetLogSink([](std::string_view) {});
-    checking_ = book_.addAccount("Checking");
-  }
-  void TearDown() override {
-    SetLogSink(previousSink_);
-    CalendarDate::overrideNow(std::nullopt);
-  }
+  void SetUp() override { checking_ = book_.addAccount("Checking"); }
 
   std::shared_ptr<TARNAccountSchedule> Monthly(DateNumber first, double amount,
                                                const char* description, bool friday) {
@@ -47,7 +40,6 @@ class DueSchedulesTest : public ::testing::Test {
 
   TARNBook book_;
   std::shared_ptr<TARNAccount> checking_;
-  std::function<void(std::string_view)> previousSink_;
 };
 
 TEST_F(DueSchedulesTest, ListsDueOccurrencesInDateOrderWithTheWeekendRuleApplied) {

@@ -7,6 +7,7 @@
 
 #include <stdexcept>
 
+#include "book/book_test_support.h"
 #include "tarn/account/account.h"
 #include "tarn/book/book.h"
 #include "tarn/book/book_changes.h"
@@ -20,19 +21,13 @@
 namespace tarn {
 namespace {
 
-class EntryFormTest : public ::testing::Test {
+class EntryFormTest : public testing::QuietDayTest {
  protected:
   void SetUp() override {
-    CalendarDate::overrideNow(CalendarDate(2026, 11, 24));
-    previousSink_ = SetLogSink([](std::string_view) {});
     checking_ = book_.addAccount("Checking");
     savings_ = book_.addAccount("Savings");
     book_.addCategoryPath("Food:Groceries");
     book_.addCategoryPath("Home:Rent");
-  }
-  void TearDown() override {
-    SetLogSink(previousSink_);
-    CalendarDate::overrideNow(std::nullopt);
   }
 
   EntryForm Form(double amount, bool deposit = false) {
@@ -45,7 +40,6 @@ class EntryFormTest : public ::testing::Test {
 
   TARNBook book_;
   std::shared_ptr<TARNAccount> checking_, savings_;
-  std::function<void(std::string_view)> previousSink_;
 };
 
 TEST_F(EntryFormTest, ChecksTakeTheNextFreeNumberUnlessOneIsGiven) {

@@ -10,6 +10,7 @@
 #include <random>
 #include <tuple>
 
+#include "book/book_test_support.h"
 #include "tarn/account/account.h"
 #include "tarn/book/book.h"
 #include "tarn/model/account_entry.h"
@@ -147,17 +148,11 @@ Value Entry(double amount, DateNumber date, const std::string& payee, const std:
   return Value(EntryDictionary(amount, date, payee, fitID, type, category));
 }
 
-class ImportReviewTest : public ::testing::Test {
+class ImportReviewTest : public testing::QuietDayTest {
  protected:
   void SetUp() override {
-    CalendarDate::overrideNow(CalendarDate(2026, 11, 24));
-    previousSink_ = SetLogSink([](std::string_view) {});
     account_ = book_.addAccount("Checking");
     book_.addCategoryPath("Food:Groceries");
-  }
-  void TearDown() override {
-    SetLogSink(previousSink_);
-    CalendarDate::overrideNow(std::nullopt);
   }
 
   std::shared_ptr<TARNAccountEntry> AddExisting(double amount, DateNumber date,
@@ -180,7 +175,6 @@ class ImportReviewTest : public ::testing::Test {
 
   TARNBook book_;
   std::shared_ptr<TARNAccount> account_;
-  std::function<void(std::string_view)> previousSink_;
 };
 
 TEST_F(ImportReviewTest, MarksKnownIdentifiersRepeatsInTheFileAndMatchingEntries) {

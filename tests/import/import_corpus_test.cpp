@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "import/import_test_support.h"
 #include "tarn/import/qif_import.h"
 #include "tarn/import/text_import.h"
 #include "tarn/platform/text.h"
@@ -24,34 +25,14 @@ namespace fs = std::filesystem;
 using plist::Array;
 using plist::Value;
 
-fs::path CorpusDir() {
-  if (const char* dir = std::getenv("TARN_CORPUS_DIR")) return dir;
-  return TARN_CORPUS_DIR;
-}
+using testing::CorpusDir;
+using testing::FilesIn;
+using testing::FileText;
+using testing::Key;
 
 #define REQUIRE_CORPUS(sub)                  \
   const fs::path folder = CorpusDir() / sub; \
   if (!fs::is_directory(folder)) GTEST_SKIP() << "no corpus folder " << folder.string()
-
-const Value& Key(const Value& entry, const char* key) {
-  static const Value nil;
-  const Value* found = entry.find(key);
-  return found ? *found : nil;
-}
-
-std::vector<fs::path> FilesIn(const fs::path& folder) {
-  std::vector<fs::path> files;
-  for (const auto& item : fs::directory_iterator(folder)) {
-    if (item.is_regular_file()) files.push_back(item.path());
-  }
-  std::sort(files.begin(), files.end());
-  return files;
-}
-
-std::string FileText(const fs::path& file) {
-  std::ifstream in(file, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 // The records of a QIF file as a plain line reading counts them: the lines
 // that begin with "^" (some programs write "^^") in sections of a bank-like
@@ -103,7 +84,9 @@ void ExpectPlausible(const Array& entries, bool undatedLines = false) {
 
 TEST(ImportCorpus, EveryQifFileReadsWithPlausibleEntries) {
   REQUIRE_CORPUS("qif");
-  for (const fs::path& file : FilesIn(folder)) {
+  const std::vector<fs::path> files = FilesIn(folder);
+  EXPECT_FALSE(files.empty());
+  for (const fs::path& file : files) {
     SCOPED_TRACE(file.filename().string());
     // Month first unless the file's dates only read day first.
     auto importer = TARNQIFImport::initWithContentsOfFile(file.string(), kUTF8StringEncoding);
@@ -329,6 +312,7 @@ TEST(ImportCorpus, EveryCsvFileWithTheLayoutAUserWouldChoose) {
       continue;
     }
     const CsvCase& item = *found->second;
+    byFile.erase(found);
     auto importer = TARNTextImport::initWithContentsOfFile(file.string(), item.encoding);
     std::istringstream options(item.options);
     std::string format, dateFormat, decimal, thousands;
@@ -356,6 +340,7 @@ TEST(ImportCorpus, EveryCsvFileWithTheLayoutAUserWouldChoose) {
       EXPECT_EQ(Key(entry, expected.key).stringValue(), expected.text);
     }
   }
+  for (const auto& [name, item] : byFile) ADD_FAILURE() << "no corpus file " << name;
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include <string_view>
 #include <vector>
 
+#include "import/import_test_support.h"
 #include "tarn/platform/calendar_date.h"
 #include "tarn/platform/encodings.h"
 #include "tarn/platform/error.h"
@@ -55,8 +56,7 @@ TEST(ImportFormatDetection, TellsFormatsApartByContent) {
 // Every real file of the shared corpus is told apart by its content alone.
 TEST(ImportFormatDetection, RecognisesEveryCorpusFile) {
   namespace fs = std::filesystem;
-  const char* env = std::getenv("TARN_CORPUS_DIR");
-  const fs::path corpus = env ? fs::path(env) : fs::path(TARN_CORPUS_DIR);
+  const fs::path corpus = testing::CorpusDir();
   if (!fs::is_directory(corpus)) GTEST_SKIP() << "no corpus folder " << corpus.string();
   const std::pair<const char*, ImportFormat> folders[] = {
       {"ofx", ImportFormat::OFX}, {"qif", ImportFormat::QIF}, {"csv", ImportFormat::Text}};
@@ -64,10 +64,8 @@ TEST(ImportFormatDetection, RecognisesEveryCorpusFile) {
   for (const auto& [folder, format] : folders) {
     if (!fs::is_directory(corpus / folder)) continue;
     for (const auto& file : fs::directory_iterator(corpus / folder)) {
-      std::ifstream in(file.path(), std::ios::binary);
-      const std::string bytes((std::istreambuf_iterator<char>(in)),
-                              std::istreambuf_iterator<char>());
-      EXPECT_EQ(DetectImportFormat(bytes).format, format) << file.path().string();
+      EXPECT_EQ(DetectImportFormat(testing::FileText(file.path())).format, format)
+          << file.path().string();
       ++files;
     }
   }

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "import/import_test_support.h"
 #include "tarn/account/account_settings.h"
 #include "tarn/import/ofx_import.h"
 
@@ -20,29 +21,14 @@ namespace tarn {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::Key;
 
-// The corpus folder: TARN_CORPUS_DIR in the environment, else the one beside
-// the project.
 fs::path corpusFolder() {
-  if (const char* folder = std::getenv("TARN_CORPUS_DIR")) return fs::path(folder) / "ofx";
-  return fs::path(TARN_CORPUS_DIR) / "ofx";
+  return testing::CorpusDir() / "ofx";
 }
 
 std::vector<fs::path> corpusFiles() {
-  std::vector<fs::path> files;
-  std::error_code error;
-  for (const auto& item : fs::directory_iterator(corpusFolder(), error)) {
-    if (item.is_regular_file()) files.push_back(item.path());
-  }
-  std::sort(files.begin(), files.end());
-  return files;
-}
-
-std::string contentsOf(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return text.str();
+  return testing::FilesIn(corpusFolder());
 }
 
 struct Counts {
@@ -135,7 +121,7 @@ TEST(OFXCorpus, EveryFileLoadsAndParsesWithTheTransactionsItHolds) {
         EXPECT_TRUE(entry.find("type"));
       }
     }
-    EXPECT_EQ(parsed, countedInText(contentsOf(path)));
+    EXPECT_EQ(parsed, countedInText(testing::FileText(path)));
   }
   // The files the faithful reading rejects, and why: references already
   // escaped in OFX 1 (the doubled entity name), Windows-1252 bytes that the
@@ -167,29 +153,29 @@ class OFXCorpusFile : public ::testing::Test {
     return importer->parse();
   }
   static const plist::Array& entries(const plist::Value& result, std::size_t account = 0) {
-    return result.find("accounts")->arrayValue().at(account).find("entries")->arrayValue();
+    return Key(Key(result, "accounts").arrayValue().at(account), "entries").arrayValue();
   }
 };
 
 TEST_F(OFXCorpusFile, OneLineFileWithoutNewlines) {
   const plist::Value result = parsed("ofxgo__wellsfargo.qfx");
   ASSERT_FALSE(result.isNil());
-  const plist::Value& account = result.find("accounts")->arrayValue().at(0);
-  EXPECT_EQ(account.find("accountID")->stringValue(), "9876543210");
-  EXPECT_EQ(account.find("currency")->stringValue(), "USD");
+  const plist::Value& account = Key(result, "accounts").arrayValue().at(0);
+  EXPECT_EQ(Key(account, "accountID").stringValue(), "9876543210");
+  EXPECT_EQ(Key(account, "currency").stringValue(), "USD");
   const plist::Value& entry = entries(result).at(0);
-  EXPECT_EQ(entry.find("date")->intValue(), 20201201);
-  EXPECT_EQ(entry.find("amount")->doubleValue(), -12.34);
-  EXPECT_EQ(entry.find("description")->stringValue(), "AE Visa Card AE EPAY");
-  EXPECT_EQ(entry.find("notes")->stringValue(), "XXXXX1234");
-  EXPECT_EQ(entry.find("type")->stringValue(), "DIRECTDEBIT");
-  EXPECT_EQ(entry.find("fitID")->stringValue(), "202012011");
+  EXPECT_EQ(Key(entry, "date").intValue(), 20201201);
+  EXPECT_EQ(Key(entry, "amount").doubleValue(), -12.34);
+  EXPECT_EQ(Key(entry, "description").stringValue(), "AE Visa Card AE EPAY");
+  EXPECT_EQ(Key(entry, "notes").stringValue(), "XXXXX1234");
+  EXPECT_EQ(Key(entry, "type").stringValue(), "DIRECTDEBIT");
+  EXPECT_EQ(Key(entry, "fitID").stringValue(), "202012011");
 }
 
 TEST_F(OFXCorpusFile, CDataNamesAndBareAmpersandMemos) {
   const plist::Value suncorp = parsed("ofxparse__suncorp.ofx");
   ASSERT_FALSE(suncorp.isNil());
-  EXPECT_EQ(entries(suncorp).at(0).find("description")->stringValue(),
+  EXPECT_EQ(Key(entries(suncorp).at(0), "description").stringValue(),
             "EFTPOS WDL HANDYWAY ALDI STORE  ");
   const plist::Value amazon = parsed("asgrim__ofxdata-memoWithAmpersand.ofx");
   ASSERT_FALSE(amazon.isNil());
@@ -205,16 +191,16 @@ TEST_F(OFXCorpusFile, EscapedAmpersandsReadTolerantly) {
   EXPECT_TRUE(parsed("actual__html-vals.qfx").isNil());
   const plist::Value result = parsed("actual__html-vals.qfx", true);
   ASSERT_FALSE(result.isNil());
-  EXPECT_EQ(entries(result).at(0).find("notes")->stringValue(),
+  EXPECT_EQ(Key(entries(result).at(0), "notes").stringValue(),
             "PREAUTHORIZED DEBIT;B.C. HYDRO & POWER AUTHORITY;Electronic Funds Transfer");
   // "&amp;lt;" is an escaped ampersand followed by "lt;", kept as written.
-  EXPECT_EQ(entries(result).at(1).find("description")->stringValue(), "TPAY &lt;DEFTPYMT&gt;");
+  EXPECT_EQ(Key(entries(result).at(1), "description").stringValue(), "TPAY &lt;DEFTPYMT&gt;");
 }
 
 TEST_F(OFXCorpusFile, AccentsInWindows1252ReadTolerantly) {
   const plist::Value result = parsed("jgnash__File_with_Accents.ofx", true);
   ASSERT_FALSE(result.isNil());
-  const std::string name = entries(result).at(1).find("description")->stringValue();
+  const std::string name = Key(entries(result).at(1), "description").stringValue();
   EXPECT_EQ(name.substr(0, 20), "Second Transaction (");
   EXPECT_EQ(name.substr(20, 4), "\xC3\x80\xC3\xA0");  // Àà
 }
@@ -222,11 +208,11 @@ TEST_F(OFXCorpusFile, AccentsInWindows1252ReadTolerantly) {
 TEST_F(OFXCorpusFile, CardAndBankMessageSetsInOrder) {
   const plist::Value result = parsed("oca__test_ofx.ofx");
   ASSERT_FALSE(result.isNil());
-  ASSERT_EQ(result.find("accounts")->arrayValue().size(), 2u);
+  ASSERT_EQ(Key(result, "accounts").arrayValue().size(), 2u);
   const plist::Value bofa = parsed("beangulp__2013-12-03.bofa.ofx", true);
   ASSERT_FALSE(bofa.isNil());
   EXPECT_EQ(entries(bofa).size(), 27u);
-  EXPECT_EQ(bofa.find("accounts")->arrayValue().at(0).find("accountID")->stringValue(),
+  EXPECT_EQ(Key(Key(bofa, "accounts").arrayValue().at(0), "accountID").stringValue(),
             "379700001111222");
 }
 

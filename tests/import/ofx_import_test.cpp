@@ -178,8 +178,9 @@ TEST(OFXImportParse, TransactionFieldsAndSwapOptions) {
       "<BANKACCTFROM><ACCTID>12-34</BANKACCTFROM>");
   auto importer = TARNOFXImport::loadFromBytes(file);
   ASSERT_TRUE(importer);
-  importer->SetOptions(OFXImportSettings{});  // name 2, payee 1, memo 4, type 3, refnum 5
-  importer->SetImportZeroAmountsAsDeposits(false);
+  OFXImportSettings settings;  // name 2, payee 1, memo 4, type 3, refnum 5
+  settings.zeroAmountsAsDeposits = false;
+  importer->SetOptions(settings);
   plist::Value result = importer->parse();
   const plist::Value& account = result.find("accounts")->arrayValue().at(0);
   EXPECT_EQ(textOf(account, "currency"), "USD");
@@ -351,28 +352,6 @@ TEST(OFXImportParse, DatesTakeTheirFirstEightDigits) {
   EXPECT_EQ(importer.DateStringToDateNumber("1234567"), 20240229);
   EXPECT_EQ(importer.DateStringToDateNumber(""), 20240229);
   CalendarDate::overrideNow(std::nullopt);
-}
-
-TEST(OFXImportParse, OptionsAndSettersKeepTheirValues) {
-  TARNOFXImport importer;
-  EXPECT_EQ(importer.GetDateFormat(), "%m/%d/%y");
-  EXPECT_EQ(importer.GetDecimalSeparator(), ".");
-  EXPECT_EQ(importer.GetThousandsSeparator(), ",");
-  EXPECT_TRUE(importer.GetImportZeroAmountsAsDeposits());
-  EXPECT_EQ(importer.GetSwapOptions_Name(), 0);
-  EXPECT_EQ(importer.importAccount(), -1);
-  EXPECT_EQ(importer.sourceName(), "");
-  importer.setSourceName(std::string("bank.ofx"));
-  importer.setSourceName(std::nullopt);
-  EXPECT_EQ(importer.sourceName(), "");
-  OFXImportSettings settings;
-  settings.zeroAmountsAsDeposits = false;
-  settings.swapMemo = kOFXSwapNotRead;
-  importer.SetOptions(settings);
-  EXPECT_FALSE(importer.GetImportZeroAmountsAsDeposits());
-  EXPECT_EQ(importer.GetSwapOptions_Memo(), kOFXSwapNotRead);
-  EXPECT_EQ(importer.GetSwapOptions_TransactionType(), settings.swapTransactionType);
-  EXPECT_EQ(importer.GetSwapOptions_ReferenceNumber(), settings.swapReferenceNumber);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "import/import_test_support.h"
 #include "tarn/platform/log.h"
 #include "tarn/platform/text.h"
 
@@ -23,11 +24,7 @@ Array EntriesOf(const std::string& qif, TARNQIFImport* options = nullptr) {
   return importer.Entries();
 }
 
-const Value& Key(const Value& entry, const char* key) {
-  static const Value nil;
-  const Value* found = entry.find(key);
-  return found ? *found : nil;
-}
+using testing::Key;
 
 TEST(QIFImport, NormalisationPutsACarriageReturnBeforeEveryLine) {
   TARNQIFImport importer;
@@ -262,9 +259,6 @@ TEST(QIFImport, ClassOperationsAndSettings) {
   EXPECT_FALSE(TARNQIFImport::StringToEntries("!Type:Bank\nT1\n^\n").has_value());
 
   TARNQIFImport importer;
-  EXPECT_EQ(importer.GetDateFormat(), "%m/%d/%y");
-  EXPECT_TRUE(importer.GetImportSplitLineItems());
-  EXPECT_EQ(importer.importAccount(), -1);
   importer.setSourceName(std::nullopt);
   EXPECT_EQ(importer.sourceName(), "");
   QIFImportSettings settings;

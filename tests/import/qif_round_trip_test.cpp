@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "account/account_test_support.h"
+#include "import/import_test_support.h"
 #include "tarn/account/account.h"
 #include "tarn/account/export_options.h"
 #include "tarn/account/in_memory_accounts_controller.h"
@@ -20,11 +21,7 @@ namespace {
 using plist::Array;
 using plist::Value;
 
-const Value& Key(const Value& entry, const char* key) {
-  static const Value nil;
-  const Value* found = entry.find(key);
-  return found ? *found : nil;
-}
+using testing::Key;
 
 const char* const kTexts[] = {"",
                               "Market",
@@ -42,15 +39,9 @@ struct GeneratedAccount {
   std::vector<std::shared_ptr<TARNAccountEntryCategory>> categories;
 
   GeneratedAccount(std::mt19937& random, int year) {
-    auto category = [](const char* name, std::int32_t number) {
-      auto made = std::make_shared<TARNAccountEntryCategory>();
-      made->setName(std::string(name));
-      made->setNumber(number);
-      return made;
-    };
-    auto home = category("Home", 1);
-    home->addChild(category("R\u00e9novation", 2));
-    controller.categories() = {home, category("Food", 3), category("\u00c9pargne", 4)};
+    controller.categories() = {
+        testing::MakeCategory("Home", 1, {testing::MakeCategory("R\u00e9novation", 2)}),
+        testing::MakeCategory("Food", 3), testing::MakeCategory("\u00c9pargne", 4)};
     categories = controller.allCategories();
     account->setAccountsController(&controller);
     account->SetName(std::string("Compte ch\u00e8que"));

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "import/import_test_support.h"
+
 namespace tarn {
 namespace {
 
@@ -15,11 +17,7 @@ using plist::Array;
 using plist::Dictionary;
 using plist::Value;
 
-const Value& Key(const Value& entry, const char* key) {
-  static const Value nil;
-  const Value* found = entry.find(key);
-  return found ? *found : nil;
-}
+using testing::Key;
 
 Array Read(const std::string& text, std::vector<std::int32_t> layout,
            TARNTextImport importer = TARNTextImport()) {
@@ -138,9 +136,6 @@ TEST(TextImport, TypesParseAndTypeLookups) {
 
 TEST(TextImport, DataStringSettingsAndDefaults) {
   TARNTextImport importer;
-  EXPECT_EQ(importer.GetDataFormat(), kTextImportCommaSeparated);
-  EXPECT_EQ(importer.importAccount(), -1);
-  EXPECT_TRUE(importer.GetDataLayout().empty());
   importer.SetDataString(std::nullopt);
   EXPECT_EQ(importer.error(), kTextImportNoData);
   EXPECT_TRUE(importer.Entries().empty());

@@ -28,9 +28,12 @@ const plist::Value& Row(const plist::Value& result, std::string_view kind, std::
   return row ? *row : kMissing;
 }
 
-const plist::Value* CategoryRow(const plist::Value& result, std::string_view fullName) {
-  return TARNAccountSummary_CategorySubtotalWithName(
+const plist::Value& CategoryRow(const plist::Value& result, std::string_view fullName) {
+  static const plist::Value kMissing;
+  const plist::Value* row = TARNAccountSummary_CategorySubtotalWithName(
       result.find("categoriesSubtotals")->arrayValue(), fullName);
+  EXPECT_NE(row, nullptr) << fullName;
+  return row ? *row : kMissing;
 }
 
 std::vector<std::string> Names(const plist::Array& rows) {
@@ -61,10 +64,10 @@ TEST(AccountSummary, SplitEntryCountsByItemsInTheTreeAndWhollyInTheTotals) {
   EXPECT_DOUBLE_EQ(Number(result, "debitsTotal"), -105.0);
   EXPECT_EQ(result.find("entryCount")->intValue(), 2);
   // The split's own category (Food) gets nothing of it: only the items count.
-  EXPECT_DOUBLE_EQ(Number(*CategoryRow(result, "Food"), "amount"), -65.0);
-  EXPECT_DOUBLE_EQ(Number(*CategoryRow(result, "Food:Groceries"), "amount"), -60.0);
-  EXPECT_DOUBLE_EQ(Number(*CategoryRow(result, "Auto:Fuel"), "amount"), -40.0);
-  EXPECT_DOUBLE_EQ(Number(*CategoryRow(result, "Auto"), "amount"), -40.0);
+  EXPECT_DOUBLE_EQ(Number(CategoryRow(result, "Food"), "amount"), -65.0);
+  EXPECT_DOUBLE_EQ(Number(CategoryRow(result, "Food:Groceries"), "amount"), -60.0);
+  EXPECT_DOUBLE_EQ(Number(CategoryRow(result, "Auto:Fuel"), "amount"), -40.0);
+  EXPECT_DOUBLE_EQ(Number(CategoryRow(result, "Auto"), "amount"), -40.0);
   // Descriptions and types take the whole entry.
   EXPECT_DOUBLE_EQ(Number(Row(result, "descriptionsSubtotals", "Big shop"), "amount"), -100.0);
   EXPECT_DOUBLE_EQ(Number(Row(result, "typesSubtotals", "Debit Card"), "debits"), -105.0);
@@ -84,7 +87,7 @@ TEST(AccountSummary, CategoriesDifferingOnlyInCaseShareOneRow) {
   ASSERT_EQ(Names(children), std::vector<std::string>({"Fuel"}));
   EXPECT_DOUBLE_EQ(Number(children[0], "amount"), -50.0);
   EXPECT_DOUBLE_EQ(Number(top[0], "amount"), -51.0);
-  EXPECT_EQ(CategoryRow(result, "AUTO:FUEL"), &children[0]);
+  EXPECT_EQ(&CategoryRow(result, "AUTO:FUEL"), &children[0]);
 }
 
 TEST(AccountSummary, ParentRowsIncludeOrExcludeSubcategoryAmounts) {
@@ -101,25 +104,26 @@ TEST(AccountSummary, ParentRowsIncludeOrExcludeSubcategoryAmounts) {
   const plist::Value& period = result.find("subtotals")->arrayValue().at(0);
   const plist::Value* periodAuto = TARNAccountSummary_CategorySubtotalWithName(
       period.find("categoriesSubtotals")->arrayValue(), "Auto");
+  ASSERT_NE(periodAuto, nullptr);
   EXPECT_DOUBLE_EQ(Number(*periodAuto, "amount"), 57.5);
   EXPECT_DOUBLE_EQ(Number(*periodAuto, "debits"), -42.5);
   EXPECT_DOUBLE_EQ(Number(*periodAuto, "deposits"), 100.0);
-  const plist::Value* autoRow = CategoryRow(result, "Auto");
+  const plist::Value* autoRow = &CategoryRow(result, "Auto");
   EXPECT_DOUBLE_EQ(Number(*autoRow, "amount"), 57.5);
   EXPECT_DOUBLE_EQ(Number(*autoRow, "deposits"), 57.5);
   EXPECT_EQ(autoRow->find("debits"), nullptr);
 
   summary->setParentCategorySubtotalsIncludeSubcategorySubtotals(false);
   result = summary->Summary();
-  autoRow = CategoryRow(result, "Auto");
+  autoRow = &CategoryRow(result, "Auto");
   EXPECT_DOUBLE_EQ(Number(*autoRow, "amount"), -12.5);
-  EXPECT_DOUBLE_EQ(Number(*CategoryRow(result, "Auto:Fuel"), "amount"), -30.0);
-  EXPECT_DOUBLE_EQ(Number(*CategoryRow(result, "Auto:Repairs"), "deposits"), 100.0);
+  EXPECT_DOUBLE_EQ(Number(CategoryRow(result, "Auto:Fuel"), "amount"), -30.0);
+  EXPECT_DOUBLE_EQ(Number(CategoryRow(result, "Auto:Repairs"), "deposits"), 100.0);
   // A parent made only on the way to a child holds zero and no sides.
   AddEntry(*home.checking, 4, 20240313, -3.0, kFoodGroceries);
   summary->setEntries(home.checking->GetAllEntries());
   result = summary->Summary();
-  const plist::Value* food = CategoryRow(result, "Food");
+  const plist::Value* food = &CategoryRow(result, "Food");
   ASSERT_NE(food, nullptr);
   EXPECT_DOUBLE_EQ(Number(*food, "amount"), 0.0);
   EXPECT_EQ(food->find("debits"), nullptr);
@@ -171,7 +175,7 @@ TEST(AccountSummary, VoidEntriesCountInNoTotal) {
   }
   EXPECT_DOUBLE_EQ(Number(Row(result, "descriptionsSubtotals", "Fuel"), "amount"), -30.0);
   EXPECT_EQ(result.find("descriptionsSubtotals")->find("Bonus"), nullptr);
-  EXPECT_DOUBLE_EQ(Number(*CategoryRow(result, "Auto:Fuel"), "amount"), -30.0);
+  EXPECT_DOUBLE_EQ(Number(CategoryRow(result, "Auto:Fuel"), "amount"), -30.0);
   EXPECT_DOUBLE_EQ(Number(result, "endBalance"), -30.0);
   // The void entries are still listed with their day.
   const auto& days = result.find("subtotals")->arrayValue();
@@ -198,7 +202,7 @@ TEST(AccountSummary, TwoAccountsInTwoCurrenciesAddUpInTheControllersCurrency) {
   const plist::Value result = Custom(*summary, 20240301, 20240331).Summary();
   EXPECT_DOUBLE_EQ(Number(result, "total"), -20.0);
   EXPECT_DOUBLE_EQ(Number(Row(result, "descriptionsSubtotals", "Lunch"), "debits"), -20.0);
-  EXPECT_DOUBLE_EQ(Number(*CategoryRow(result, "Food"), "amount"), -20.0);
+  EXPECT_DOUBLE_EQ(Number(CategoryRow(result, "Food"), "amount"), -20.0);
   EXPECT_DOUBLE_EQ(Number(result, "startBalance"), 400.0);
   EXPECT_DOUBLE_EQ(Number(result, "endBalance"), 380.0);
 
@@ -512,13 +516,14 @@ TEST(AccountSummary, CategoryTreeFunctions) {
   summary.processOverallSummaryCategorySubtotals(rows, std::nullopt, overall);
   summary.processOverallSummaryCategorySubtotals(rows, std::nullopt, overall);
   const plist::Value* autoRow = TARNAccountSummary_CategorySubtotalWithName(overall, "auto");
-  EXPECT_DOUBLE_EQ(autoRow->find("amount")->doubleValue(), -10.0);
-  EXPECT_DOUBLE_EQ(autoRow->find("debits")->doubleValue(), -10.0);
+  ASSERT_NE(autoRow, nullptr);
+  EXPECT_DOUBLE_EQ(Number(*autoRow, "amount"), -10.0);
+  EXPECT_DOUBLE_EQ(Number(*autoRow, "debits"), -10.0);
   EXPECT_EQ(autoRow->find("deposits"), nullptr);
   const plist::Value* tyres =
       TARNAccountSummary_CategorySubtotalWithName(overall, "Auto:Repairs:Tyres");
   ASSERT_NE(tyres, nullptr);
-  EXPECT_DOUBLE_EQ(tyres->find("deposits")->doubleValue(), 0.0);  // zero counts as a deposit
+  EXPECT_DOUBLE_EQ(Number(*tyres, "deposits"), 0.0);  // zero counts as a deposit
   EXPECT_EQ(summary.allCategorySubtotalsForCategorySubtotals(overall).size(), 5u);
 
   Household home;

@@ -31,16 +31,6 @@ inline constexpr std::int32_t kLowerAutoFuel = 7;  // "auto:fuel"
 inline constexpr std::int32_t kSalary = 8;
 inline constexpr std::int32_t kNoSuchCategory = 99;
 
-inline std::shared_ptr<TARNAccountEntryCategory> MakeCategory(
-    std::string name, std::int32_t number,
-    std::vector<std::shared_ptr<TARNAccountEntryCategory>> children = {}) {
-  auto category = std::make_shared<TARNAccountEntryCategory>();
-  category->setName(std::move(name));
-  category->setNumber(number);
-  for (auto& child : children) category->addChild(std::move(child));
-  return category;
-}
-
 inline std::shared_ptr<PFCurrency> MakeCurrency(std::string code, double rate) {
   auto currency = std::make_shared<PFCurrency>();
   currency->setCode(std::move(code));
