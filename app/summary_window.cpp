@@ -16,13 +16,15 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
+#include <QMainWindow>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QSplitter>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTreeView>
 #include <QVBoxLayout>
-#include <QValueAxis>
 
 #include <algorithm>
 #include <cmath>
@@ -30,6 +32,7 @@
 #include <utility>
 
 #include "book_document.h"
+#include "modal_run.h"
 #include "summary_models.h"
 #include "tarn/account/account.h"
 #include "tarn/book/book.h"
@@ -38,6 +41,7 @@
 #include "tarn/model/number_formatter.h"
 #include "tarn/reports/account_summary.h"
 #include "tarn/reports/summary_result.h"
+#include "tarn/ui/modal_states.h"
 
 namespace {
 
@@ -134,6 +138,30 @@ QTableView* MakeTable(const char* name, QAbstractItemModel* model) {
   table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
   table->setWordWrap(false);
   return table;
+}
+
+// A round step (1, 2 or 5 times a power of ten) that cuts 0 to `highest`
+// into about five parts.
+double AxisStep(double highest) {
+  if (!(highest > 0) || !std::isfinite(highest)) return 1;
+  const double rough = highest / 5;
+  const double power = std::pow(10.0, std::floor(std::log10(rough)));
+  const double scaled = rough / power;
+  return (scaled <= 1 ? 1 : scaled <= 2 ? 2 : scaled <= 5 ? 5 : 10) * power;
+}
+
+// An axis amount as the currency writes it; whole steps drop the ".00".
+QString AxisAmount(const tarn::TARNNumberFormatter* formatter, double value, bool whole) {
+  if (!formatter) return QLocale().toString(value, 'f', whole ? 0 : 2);
+  QString text = QString::fromStdString(formatter->stringForObjectValue(value));
+  const QString separator = QString::fromStdString(formatter->decimalSeparator());
+  const qsizetype at = separator.isEmpty() ? -1 : text.lastIndexOf(separator);
+  if (!whole || at < 0) return text;
+  qsizetype end = at + separator.size();
+  while (end < text.size() && text[end] == QLatin1Char('0')) ++end;
+  if (end > at + separator.size() && (end == text.size() || !text[end].isDigit()))
+    text.remove(at, end - at);
+  return text;
 }
 
 QLabel* FigureLabel(const char* name) {
@@ -308,6 +336,23 @@ void SummaryWindow::buildOptions(QFormLayout* form) {
   parentsInclude_->setObjectName(QStringLiteral("parentsIncludeSubcategories"));
   form->addRow(parentsInclude_);
 
+  // Which kinds of subtotals the summary shows, each as a tab of its own.
+  const auto subtotalBox = [](const QString& text, const char* name) {
+    auto* box = new QCheckBox(text);
+    box->setObjectName(QString::fromLatin1(name));
+    return box;
+  };
+  subtotalCategories_ = subtotalBox(tr("Categories"), "subtotalCategories");
+  subtotalTypes_ = subtotalBox(tr("Types"), "subtotalTypes");
+  subtotalDescriptions_ = subtotalBox(tr("Descriptions"), "subtotalDescriptions");
+  subtotalPayees_ = subtotalBox(tr("Payees"), "subtotalToFroms");
+  auto* subtotals = new QGridLayout;
+  subtotals->addWidget(subtotalCategories_, 0, 0);
+  subtotals->addWidget(subtotalTypes_, 0, 1);
+  subtotals->addWidget(subtotalDescriptions_, 1, 0);
+  subtotals->addWidget(subtotalPayees_, 1, 1);
+  form->addRow(tr("Subtotals:"), subtotals);
+
   saveOver_ = new QPushButton(tr("Save"));
   saveOver_->setObjectName(QStringLiteral("saveSummary"));
   saveOver_->setToolTip(tr("Keep these options in the chosen summary"));
@@ -334,6 +379,11 @@ void SummaryWindow::buildOptions(QFormLayout* form) {
   }
   for (QCheckBox* box : {debits_, deposits_, filter_, parentsInclude_}) {
     connect(box, &QCheckBox::toggled, this, &SummaryWindow::optionsChanged);
+  }
+  // The subtotal choices change what is shown, not what is computed.
+  for (QCheckBox* box :
+       {subtotalCategories_, subtotalTypes_, subtotalDescriptions_, subtotalPayees_}) {
+    connect(box, &QCheckBox::toggled, this, &SummaryWindow::subtotalsChanged);
   }
   // The search text is applied when the user is done typing it, so a long
   // text costs one computation rather than one per key.
@@ -409,6 +459,17 @@ void SummaryWindow::chooseSummary(int index) {
       static_cast<std::size_t>(index) >= account->accountSummaries().size()) {
     return;
   }
+  if (index != chosen_ && !settleUnsavedEdits()) {
+    // Staying: the pop-up shows the summary whose options are being edited.
+    const QSignalBlocker block(saved_);
+    saved_->setCurrentIndex(chosen_);
+    return;
+  }
+  {
+    // Saving them filled the pop-up again on the summary being left.
+    const QSignalBlocker block(saved_);
+    saved_->setCurrentIndex(index);
+  }
   chosen_ = index;
   const auto& summary = account->accountSummaries()[static_cast<std::size_t>(index)];
   chosenOptions_ = summary->optionsAsDictionary();
@@ -443,6 +504,10 @@ void SummaryWindow::showOptions() {
                            ? QString::fromStdString(summary.filterData().stringValue())
                            : QString());
   parentsInclude_->setChecked(summary.parentCategorySubtotalsIncludeSubcategorySubtotals());
+  subtotalCategories_->setChecked(summary.subtotalCategories());
+  subtotalTypes_->setChecked(summary.subtotalTypes());
+  subtotalDescriptions_->setChecked(summary.subtotalDescriptions());
+  subtotalPayees_->setChecked(summary.subtotalToFroms());
   loading_ = false;
 }
 
@@ -469,6 +534,82 @@ void SummaryWindow::optionsChanged() {
     summary.setFilterData(tarn::plist::Value(text));
   summary.setParentCategorySubtotalsIncludeSubcategorySubtotals(parentsInclude_->isChecked());
   recompute();
+}
+
+void SummaryWindow::subtotalsChanged() {
+  if (loading_) return;
+  working_->setSubtotalCategories(subtotalCategories_->isChecked());
+  working_->setSubtotalTypes(subtotalTypes_->isChecked());
+  working_->setSubtotalDescriptions(subtotalDescriptions_->isChecked());
+  working_->setSubtotalToFroms(subtotalPayees_->isChecked());
+  showSubtotalTabs();
+}
+
+// A kind of subtotal the summary leaves out does not show its tab.
+void SummaryWindow::showSubtotalTabs() {
+  tabs_->setTabVisible(tabs_->indexOf(categoriesView_), working_->subtotalCategories());
+  tabs_->setTabVisible(tabs_->indexOf(typesView_), working_->subtotalTypes());
+  tabs_->setTabVisible(tabs_->indexOf(descriptionsView_), working_->subtotalDescriptions());
+  tabs_->setTabVisible(tabs_->indexOf(payeesView_), working_->subtotalToFroms());
+}
+
+bool SummaryWindow::hasUnsavedEdits() const {
+  if (!result_) return false;  // nothing shown, nothing edited
+  auto account = document_->book().accountWithNumber(account_);
+  const std::shared_ptr<tarn::TARNAccountSummary> saved =
+      account && chosen_ >= 0 &&
+              static_cast<std::size_t>(chosen_) < account->accountSummaries().size()
+          ? account->accountSummaries()[static_cast<std::size_t>(chosen_)]
+          : nullptr;
+  const tarn::TARNAccountSummary defaults;
+  const tarn::TARNAccountSummary& before = saved ? *saved : defaults;
+  if (name_->text().trimmed() != Shown(before.name())) return true;
+  tarn::plist::Value now = working_->optionsAsDictionary();
+  tarn::plist::Value then = before.optionsAsDictionary();
+  // The dates of a range worked out from today or from the entries are
+  // stored back by every computation; only custom dates (and the stored
+  // dates of a style without words) are the user's.
+  const std::int32_t style = working_->dateRangeStyle();
+  const bool datesWorkedOut = style >= tarn::kSummaryRangeFirstToLastEntry &&
+                              (style <= tarn::kSummaryRangeThisYear ||
+                               (style >= 15 && style <= tarn::kSummaryRangeYearToDate));
+  for (tarn::plist::Value* options : {&now, &then}) {
+    options->mutableDictionary().erase("name");
+    if (datesWorkedOut) {
+      options->mutableDictionary().erase("startDate");
+      options->mutableDictionary().erase("endDate");
+    }
+  }
+  return now != then;
+}
+
+bool SummaryWindow::settleUnsavedEdits() {
+  if (!hasUnsavedEdits()) return true;
+  const QString name = name_->text().trimmed();
+  QMessageBox::StandardButton answer;
+  {
+    // Run as the main window runs its panels: its menus and controls, and
+    // this window's, are off until the question is answered.
+    std::optional<ModalRun> main;
+    if (auto* window = qobject_cast<QMainWindow*>(parentWidget())) main.emplace(window);
+    const tarn::ModalDisabling own(this);
+    answer = QMessageBox::question(
+        this, tr("Unsaved Summary Options"),
+        tr("The options of \"%1\" have changes that are not saved. Save them?")
+            .arg(name.isEmpty() ? tr("Untitled Summary") : name),
+        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
+  }
+  if (answer == QMessageBox::Cancel) return false;
+  if (answer == QMessageBox::Save) {
+    if (name.isEmpty()) name_->setText(tr("Untitled Summary"));
+    return save(chosen_ < 0);
+  }
+  return true;
+}
+
+void SummaryWindow::reject() {
+  if (!settleUnsavedEdits()) return;
+  QDialog::reject();
 }
 
 void SummaryWindow::recompute() {
@@ -504,16 +645,13 @@ void SummaryWindow::showResult() {
   descriptions_->setRows(result_, result_ ? &result_->subtotals.descriptions : nullptr, format);
   payees_->setRows(result_, result_ ? &result_->subtotals.toFroms : nullptr, format);
 
-  // A summary saved without some kind of subtotal does not show its tab.
-  tabs_->setTabVisible(tabs_->indexOf(categoriesView_), working_->subtotalCategories());
-  tabs_->setTabVisible(tabs_->indexOf(typesView_), working_->subtotalTypes());
-  tabs_->setTabVisible(tabs_->indexOf(descriptionsView_), working_->subtotalDescriptions());
-  tabs_->setTabVisible(tabs_->indexOf(payeesView_), working_->subtotalToFroms());
+  showSubtotalTabs();
 
   const bool have = result_ != nullptr;
   for (QWidget* each : std::initializer_list<QWidget*>{
            saved_, name_, range_, period_, debits_, deposits_, resolved_, taxDeductible_, checks_,
-           filter_, filterType_, filterText_, parentsInclude_}) {
+           filter_, filterType_, filterText_, parentsInclude_, subtotalCategories_, subtotalTypes_,
+           subtotalDescriptions_, subtotalPayees_}) {
     each->setEnabled(have);
   }
   saveOver_->setEnabled(have && chosen_ >= 0 && !name_->text().trimmed().isEmpty());
@@ -641,10 +779,20 @@ void SummaryWindow::showChart() {
   chart->addAxis(across, Qt::AlignBottom);
   series->attachAxis(across);
 
-  auto* up = new QValueAxis;
-  up->setRange(0, highest > 0 ? highest * 1.05 : 1);
-  up->setLabelFormat(QStringLiteral("%.0f"));
-  up->applyNiceNumbers();
+  // Amounts up the side in the account's currency format, at round steps.
+  const double step = AxisStep(highest);
+  const int steps = std::max(1, static_cast<int>(std::ceil(highest / step - 1e-9)));
+  auto* up = new QCategoryAxis;
+  up->setLabelsPosition(QCategoryAxis::AxisLabelsPositionOnValue);
+  up->setStartValue(0);
+  const auto account = document_->book().accountWithNumber(account_);
+  const auto formatter =
+      account && account->currency() ? account->currency()->formatter() : nullptr;
+  for (int i = 0; i <= steps; ++i) {
+    const double value = step * i;
+    up->append(AxisAmount(formatter.get(), value, step >= 1), value);
+  }
+  up->setRange(0, step * steps);
   chart->addAxis(up, Qt::AlignLeft);
   series->attachAxis(up);
   replaceChart(chart);
@@ -656,11 +804,11 @@ void SummaryWindow::replaceChart(QChart* chart) {
   delete old;
 }
 
-void SummaryWindow::save(bool asNew) {
+bool SummaryWindow::save(bool asNew) {
   auto account = document_->book().accountWithNumber(account_);
-  if (!account || !account->IsAuthenticated()) return;
+  if (!account || !account->IsAuthenticated()) return false;
   const QString name = name_->text().trimmed();
-  if (name.isEmpty()) return;
+  if (name.isEmpty()) return false;
   const auto& summaries = account->accountSummaries();
   std::optional<std::size_t> place;
   if (!asNew && chosen_ >= 0 && static_cast<std::size_t>(chosen_) < summaries.size()) {
@@ -683,4 +831,5 @@ void SummaryWindow::save(bool asNew) {
   document_->pushSummaries(asNew ? tr("Save Summary as New") : tr("Save Summary"), account_,
                            std::move(before), tarn::CaptureAccountSummaries(*account));
   showOptions();  // a new name may have had a number added
+  return true;
 }

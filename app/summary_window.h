@@ -5,7 +5,9 @@
 // subtotals. The options can be saved back into the account, over the
 // chosen summary or as a new one, through the document's undo stack.
 // The window works on a copy of the chosen summary; the account changes
-// only when the user saves.
+// only when the user saves. Leaving options that were edited but not saved
+// (by choosing another summary or closing the window) asks first whether to
+// save them, drop them or stay.
 #pragma once
 
 #include <QDialog>
@@ -52,18 +54,31 @@ class SummaryWindow : public QDialog {
   // Periods at most this many are charted; more would be bars too thin to read.
   static constexpr std::size_t kMostChartedPeriods = 400;
 
+  // Whether the options shown differ from the chosen summary's as saved
+  // (for a range worked out from today or the entries, not its dates).
+  bool hasUnsavedEdits() const;
+
+  // Closing asks about unsaved edits first; Cancel keeps the window open.
+  void reject() override;
+
  private:
   void buildOptions(class QFormLayout* form);
   void reloadSummaries(bool keepOptions);
   void chooseSummary(int index);
   void showOptions();
   void optionsChanged();
+  void subtotalsChanged();
+  void showSubtotalTabs();
+  // Asks whether to save the unsaved edits, drop them or cancel; true when
+  // the window may go on to leave them (saved or dropped), false to stay.
+  bool settleUnsavedEdits();
   void recompute();
   void showResult();
   void showChart();
   // Shows the chart, deleting the one shown before (the view does not).
   void replaceChart(QChart* chart);
-  void save(bool asNew);
+  // False when nothing could be saved (no name, or the account is locked).
+  bool save(bool asNew);
 
   BookDocument* document_;
   std::int32_t account_;
@@ -91,6 +106,10 @@ class SummaryWindow : public QDialog {
   QComboBox* filterType_ = nullptr;
   QLineEdit* filterText_ = nullptr;
   QCheckBox* parentsInclude_ = nullptr;
+  QCheckBox* subtotalCategories_ = nullptr;
+  QCheckBox* subtotalTypes_ = nullptr;
+  QCheckBox* subtotalDescriptions_ = nullptr;
+  QCheckBox* subtotalPayees_ = nullptr;
   QPushButton* saveOver_ = nullptr;
   QPushButton* saveNew_ = nullptr;
 

@@ -1,12 +1,14 @@
 // The Summary window of the check register, driven as a user drives it:
 // the account's saved summaries chosen one by one and their totals checked
 // against the register's entries summed here; options changed and the
-// tables following; options saved into the account and taken back by Undo.
+// tables following; options saved into the account and taken back by Undo;
+// unsaved options asked about before they are left.
 
 #include <QAction>
 #include <QApplication>
 #include <QBarSeries>
 #include <QBarSet>
+#include <QCategoryAxis>
 #include <QChart>
 #include <QChartView>
 #include <QCheckBox>
@@ -14,7 +16,10 @@
 #include <QDateEdit>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTableView>
 #include <QTest>
 #include <QTreeView>
@@ -104,6 +109,8 @@ class SummaryWindowTest : public QObject {
   void optionsChangeTheTables();
   void savesOptionsIntoTheAccountWithUndo();
   void keepsStoredStylesThePopUpsDoNotOffer();
+  void subtotalChoicesHideTabsAndAreSaved();
+  void asksBeforeLeavingUnsavedOptions();
 
  private:
   SummaryWindow* open();
@@ -323,6 +330,26 @@ void SummaryWindowTest::optionsChangeTheTables() {
         periods->index(row, SummaryPeriodsModel::kDeposits).data(kSummaryAmountRole).toDouble());
   }
   QCOMPARE(bars->barSets()[0]->count(), 4);
+  // The amounts up the side are the account's money, whole, at round steps
+  // reaching above the highest bar.
+  auto* side = qobject_cast<QCategoryAxis*>(
+      child<QChartView>("summaryChart")->chart()->axes(Qt::Vertical).value(0));
+  QVERIFY(side);
+  const QStringList marks = side->categoriesLabels();
+  QVERIFY(marks.size() >= 3);
+  double highest = 0;
+  for (QBarSet* set : bars->barSets()) {
+    for (int i = 0; i < set->count(); ++i) highest = std::max(highest, set->at(i));
+  }
+  QVERIFY(highest >= 1000);
+  QVERIFY(side->endValue(marks.last()) >= highest);
+  QVERIFY(side->endValue(marks.last()) < highest * 2);
+  for (const QString& mark : marks) {
+    const double value = side->endValue(mark);
+    QCOMPARE(value, std::round(value));
+    QCOMPARE(mark, money(value).remove(QStringLiteral(".00")));
+  }
+  QVERIFY(marks.last().contains(','));  // grouped thousands
   periodStyle->setCurrentIndex(periodStyle->findData(tarn::kSummaryPeriodWholeRange));
   QCOMPARE(periods->rowCount(), 1);
   // Each period's end balance is the next one's start balance; the range's
@@ -501,6 +528,151 @@ void SummaryWindowTest::keepsStoredStylesThePopUpsDoNotOffer() {
   QCOMPARE(stored->filterType(), 7);
   QCOMPARE(stored->filterData(), tarn::plist::Value("anything"));
   QVERIFY(!stored->showDeposits());
+}
+
+void SummaryWindowTest::subtotalChoicesHideTabsAndAreSaved() {
+  const auto account = book_->accountWithNumber(summary_->account());
+  auto* saved = child<QComboBox>("savedSummaries");
+  saved->setCurrentIndex(saved->findText("All Entries, Year To Date"));
+  const int chosen = saved->currentIndex();
+  QVERIFY(chosen >= 0);
+  auto* tabs = child<QTabWidget>("summaryTabs");
+  const std::vector<std::pair<const char*, const char*>> kinds = {
+      {"subtotalCategories", "categories"},
+      {"subtotalTypes", "types"},
+      {"subtotalDescriptions", "descriptions"},
+      {"subtotalToFroms", "payees"}};
+  const auto tabShown = [&](const char* view) {
+    return tabs->isTabVisible(tabs->indexOf(child<QWidget>(view)));
+  };
+  const QString total = label("total");
+  // Each choice hides its own tab and no other; the figures stay.
+  for (const auto& [box, view] : kinds) {
+    QVERIFY(child<QCheckBox>(box)->isChecked());
+    child<QCheckBox>(box)->setChecked(false);
+    for (const auto& [otherBox, otherView] : kinds) {
+      QCOMPARE(tabShown(otherView), child<QCheckBox>(otherBox)->isChecked());
+    }
+    QVERIFY(!tabShown(view));
+    QVERIFY(tabShown("periods"));
+    QCOMPARE(label("total"), total);
+  }
+  child<QCheckBox>("subtotalTypes")->setChecked(true);
+  QTest::mouseClick(child<QPushButton>("saveSummary"), Qt::LeftButton);
+  const auto stored = account->accountSummaries()[static_cast<std::size_t>(chosen)];
+  QVERIFY(!stored->subtotalCategories());
+  QVERIFY(stored->subtotalTypes());
+  QVERIFY(!stored->subtotalDescriptions());
+  QVERIFY(!stored->subtotalToFroms());
+  const auto reread = tarn::TARNAccount::initWithDictionary(account->asDictionary(), nullptr);
+  const auto& back = reread->accountSummaries()[static_cast<std::size_t>(chosen)];
+  QVERIFY(!back->subtotalCategories() && back->subtotalTypes());
+
+  // Another summary shows all its tabs; coming back hides the saved ones.
+  saved->setCurrentIndex(chosen == 0 ? 1 : 0);
+  for (const auto& [box, view] : kinds) QVERIFY(tabShown(view));
+  saved->setCurrentIndex(chosen);
+  QVERIFY(!child<QCheckBox>("subtotalCategories")->isChecked());
+  QVERIFY(!tabShown("categories"));
+  QVERIFY(tabShown("types"));
+  QVERIFY(!tabShown("payees"));
+}
+
+void SummaryWindowTest::asksBeforeLeavingUnsavedOptions() {
+  const auto account = book_->accountWithNumber(summary_->account());
+  auto* saved = child<QComboBox>("savedSummaries");
+  auto* periodStyle = child<QComboBox>("periodStyle");
+  const int first = saved->findText("Expenses, Year To Date");
+  const int second = saved->findText("All Entries, Year To Date");
+  QVERIFY(first >= 0 && second >= 0);
+  saved->setCurrentIndex(first);
+  const auto storedAt = [&account](int index) {
+    return account->accountSummaries()[static_cast<std::size_t>(index)];
+  };
+  const tarn::plist::Value firstBefore = storedAt(first)->optionsAsDictionary();
+
+  // Answers the next question with `button`, noting what it asked.
+  int asked = 0;
+  QString question;
+  bool windowOffWhileAsking = false;
+  const auto answerWith = [&](QMessageBox::StandardButton button) {
+    WhenModal(this, [&, button](QWidget* modal) {
+      auto* box = qobject_cast<QMessageBox*>(modal);
+      QVERIFY(box);
+      ++asked;
+      question = box->text();
+      windowOffWhileAsking = !child<QPushButton>("saveSummary")->isEnabled() &&
+                             !child<QComboBox>("periodStyle")->isEnabled();
+      QVERIFY(box->button(QMessageBox::Save) && box->button(QMessageBox::Discard));
+      box->button(button)->click();
+    });
+  };
+
+  // Nothing edited: choosing summaries and coming back asks nothing, even
+  // though each computation works its dates out again.
+  {
+    QObject guard;
+    WhenModal(&guard, [&asked](QWidget* modal) {
+      ++asked;
+      modal->close();
+    });
+    saved->setCurrentIndex(second);
+    saved->setCurrentIndex(first);
+    QCOMPARE(asked, 0);
+  }
+
+  // Cancel stays on the edited summary with the edits.
+  periodStyle->setCurrentIndex(periodStyle->findData(tarn::kSummaryPeriodQuarter));
+  child<QLineEdit>("summaryName")->setText("Expenses by Quarter");
+  answerWith(QMessageBox::Cancel);
+  saved->setCurrentIndex(second);
+  QCOMPARE(asked, 1);
+  QVERIFY(question.contains("Expenses by Quarter"));
+  QVERIFY(windowOffWhileAsking);
+  QCOMPARE(saved->currentIndex(), first);
+  QCOMPARE(periodStyle->currentData().toInt(), tarn::kSummaryPeriodQuarter);
+  QCOMPARE(child<QLineEdit>("summaryName")->text(), QString("Expenses by Quarter"));
+  QCOMPARE(child<QTableView>("periods")->model()->rowCount(), 4);
+  QVERIFY(child<QPushButton>("saveSummary")->isEnabled());  // given back after the run
+  QCOMPARE(storedAt(first)->optionsAsDictionary(), firstBefore);
+
+  // Discard drops them: the other summary shows, and the first is as saved.
+  answerWith(QMessageBox::Discard);
+  saved->setCurrentIndex(second);
+  QCOMPARE(asked, 2);
+  QCOMPARE(saved->currentIndex(), second);
+  QCOMPARE(child<QLineEdit>("summaryName")->text(), QString("All Entries, Year To Date"));
+  QCOMPARE(storedAt(first)->optionsAsDictionary(), firstBefore);
+  saved->setCurrentIndex(first);  // nothing edited in the second
+  QCOMPARE(asked, 2);
+  QCOMPARE(periodStyle->currentData().toInt(), tarn::kSummaryPeriodMonth);
+
+  // Save keeps them in the summary being left, with Undo.
+  periodStyle->setCurrentIndex(periodStyle->findData(tarn::kSummaryPeriodWeek));
+  answerWith(QMessageBox::Save);
+  saved->setCurrentIndex(second);
+  QCOMPARE(asked, 3);
+  QCOMPARE(saved->currentIndex(), second);
+  QCOMPARE(storedAt(first)->subtotalPeriodStyle(), tarn::kSummaryPeriodWeek);
+  QCOMPARE(storedAt(first)->name(), std::string("Expenses, Year To Date"));
+  QVERIFY(window_->findChild<QAction*>("undo")->isEnabled());
+
+  // Closing: Cancel keeps the window and its edits, Discard closes it.
+  const QPointer<SummaryWindow> shown(summary_);
+  auto* deposits = child<QCheckBox>("showDeposits");
+  deposits->setChecked(!deposits->isChecked());
+  const bool edited = deposits->isChecked();
+  answerWith(QMessageBox::Cancel);
+  QVERIFY(!summary_->close());
+  QCOMPARE(asked, 4);
+  QVERIFY(summary_->isVisible());
+  QCOMPARE(deposits->isChecked(), edited);
+  answerWith(QMessageBox::Discard);
+  QVERIFY(summary_->close());
+  QCOMPARE(asked, 5);
+  QVERIFY(storedAt(second)->showDeposits() != edited);
+  QTRY_VERIFY(!shown);  // deleted on close
+  summary_ = nullptr;
 }
 
 QTEST_MAIN(SummaryWindowTest)
