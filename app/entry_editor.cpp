@@ -210,6 +210,9 @@ void EntryEditor::setAccount(tarn::TARNBook* book, tarn::TARNAccount* account) {
   type_->clear();
   transfer_->clear();
   if (!account) return;
+  // Room for a large amount in the account's format.
+  amount_->setMinimumWidth(
+      amount_->fontMetrics().horizontalAdvance(MoneyText(account, 999999.99).trimmed()) + 16);
   for (const auto& type : account->types()) {
     type_->addItem(QString::fromStdString(type->GetName()), type->GetIsDeposit());
   }
