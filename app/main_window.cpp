@@ -549,6 +549,7 @@ void MainWindow::bookChanged(std::int32_t account) {
     editor_->setAccount(&document_->book(), current.get());
     model_->setAccount(current.get(),
                        reconcile_ ? RegisterModel::View::Reconcile : RegisterModel::View::Register);
+    fitMoneyColumns();
     refreshBalances();
     return;
   }
