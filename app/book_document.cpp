@@ -53,10 +53,13 @@ class EntriesCommand : public BookCommand {
   tarn::EntriesChange change_;
 };
 
-class SettingsCommand : public BookCommand {
+// A change to one account kept as the two states of one kind of record
+// (its settings, its saved summaries); `Put` puts a state back.
+template <typename State, void (*Put)(tarn::TARNBook&, tarn::TARNAccount&, const State&)>
+class AccountStateCommand : public BookCommand {
  public:
-  SettingsCommand(BookDocument* document, const QString& text, std::int32_t account,
-                  tarn::AccountSettings before, tarn::AccountSettings after)
+  AccountStateCommand(BookDocument* document, const QString& text, std::int32_t account,
+                      State before, State after)
       : BookCommand(document, text, account),
         before_(std::move(before)),
         after_(std::move(after)) {}
@@ -66,13 +69,21 @@ class SettingsCommand : public BookCommand {
   void apply() override { set(after_); }
 
  private:
-  void set(const tarn::AccountSettings& settings) {
+  void set(const State& state) {
     if (auto account = document_->book().accountWithNumber(account_)) {
-      tarn::ApplyAccountSettings(document_->book(), *account, settings);
+      Put(document_->book(), *account, state);
     }
   }
-  tarn::AccountSettings before_, after_;
+  State before_, after_;
 };
+
+void PutSummaries(tarn::TARNBook&, tarn::TARNAccount& account,
+                  const tarn::AccountSummaries& summaries) {
+  tarn::RestoreAccountSummaries(account, summaries);
+}
+
+using SettingsCommand = AccountStateCommand<tarn::AccountSettings, tarn::ApplyAccountSettings>;
+using SummariesCommand = AccountStateCommand<tarn::AccountSummaries, PutSummaries>;
 
 class ContentsCommand : public BookCommand {
  public:
@@ -129,6 +140,12 @@ void BookDocument::pushContents(const QString& text, tarn::BookContents before,
                                 tarn::BookContents after) {
   undoStack_.push(new ContentsCommand(this, text, std::move(before), std::move(after)));
   notifyChanged(-1);
+}
+
+void BookDocument::pushSummaries(const QString& text, std::int32_t account,
+                                 tarn::AccountSummaries before, tarn::AccountSummaries after) {
+  undoStack_.push(new SummariesCommand(this, text, account, std::move(before), std::move(after)));
+  notifyChanged(account);
 }
 
 void BookDocument::notifyChanged(std::int32_t account) {

@@ -40,6 +40,8 @@ class BookDocument : public QObject {
   void pushSettings(const QString& text, std::int32_t account, tarn::AccountSettings before,
                     tarn::AccountSettings after);
   void pushContents(const QString& text, tarn::BookContents before, tarn::BookContents after);
+  void pushSummaries(const QString& text, std::int32_t account, tarn::AccountSummaries before,
+                     tarn::AccountSummaries after);
 
   // Tells the windows that the book changed; `account` is the account mainly
   // concerned (-1: any, or the accounts themselves).

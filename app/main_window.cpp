@@ -39,6 +39,7 @@
 #include "money_text.h"
 #include "register_model.h"
 #include "schedules_window.h"
+#include "summary_window.h"
 #include "tarn/account/account.h"
 #include "tarn/account/account_folder.h"
 #include "tarn/account/account_settings.h"
@@ -271,6 +272,7 @@ void MainWindow::buildMenus() {
   account->addAction(tr("&Remove Account"), this, &MainWindow::removeAccount);
   account->addAction(tr("Scheduled &Entries..."), QKeySequence(Qt::CTRL | Qt::Key_J), this,
                      &MainWindow::showSchedules);
+  account->addAction(tr("Su&mmary..."), this, &MainWindow::showSummary);
   account->addSeparator();
   reconcileAction_ = account->addAction(tr("Re&concile"));
   reconcileAction_->setObjectName("reconcile");
@@ -287,6 +289,7 @@ void MainWindow::buildMenus() {
 void MainWindow::setBook(std::unique_ptr<tarn::TARNBook> book) {
   // The schedules window works on the document being replaced.
   delete schedulesWindow_;
+  delete summaryWindow_;
   document_ = std::make_unique<BookDocument>(std::move(book));
   connect(document_.get(), &BookDocument::changed, this, &MainWindow::bookChanged);
   connect(document_.get(), &BookDocument::modifiedChanged, this, &MainWindow::updateTitle);
@@ -395,6 +398,7 @@ void MainWindow::showAccount(std::int32_t number, QTreeWidgetItem* item) {
   const bool open = unlock(*account);
   accountNumber_ = number;
   if (schedulesWindow_) schedulesWindow_->setAccount(number);
+  if (summaryWindow_) summaryWindow_->setAccount(number);
   if (open) {
     const int kind = item ? item->data(0, kRoleKind).toInt() : kItemAccount;
     const auto index = static_cast<std::size_t>(item ? item->data(0, kRoleIndex).toInt() : 0);
@@ -956,6 +960,21 @@ void MainWindow::showSchedules() {
   schedulesWindow_->show();
   schedulesWindow_->raise();
   schedulesWindow_->activateWindow();
+}
+
+void MainWindow::showSummary() {
+  if (!document_) return;
+  auto account = currentAccount();
+  if (account && !unlock(*account)) return;
+  if (!summaryWindow_) {
+    summaryWindow_ = new SummaryWindow(document_.get(), accountNumber_, this);
+    summaryWindow_->setAttribute(Qt::WA_DeleteOnClose);
+  } else {
+    summaryWindow_->setAccount(accountNumber_);
+  }
+  summaryWindow_->show();
+  summaryWindow_->raise();
+  summaryWindow_->activateWindow();
 }
 
 // --- Files ----------------------------------------------------------------------------

@@ -24,6 +24,7 @@ class QTreeWidgetItem;
 class QWidget;
 class RegisterModel;
 class SchedulesWindow;
+class SummaryWindow;
 
 namespace tarn {
 class TARNAccount;
@@ -86,6 +87,7 @@ class MainWindow : public QMainWindow {
   // Shows (or brings forward) the window of the selected account's
   // scheduled entries.
   void showSchedules();
+  void showSummary();
   void newBook();
   void openBook();
   bool saveBook();
@@ -127,5 +129,6 @@ class MainWindow : public QMainWindow {
   QAction* reconcileAction_ = nullptr;
   QMenu* recentMenu_ = nullptr;
   QPointer<SchedulesWindow> schedulesWindow_;
+  QPointer<SummaryWindow> summaryWindow_;
   QString exportDateFormat_ = QStringLiteral("%m/%d/%Y");
 };

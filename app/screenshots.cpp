@@ -1,11 +1,12 @@
 // Renders the window on the sample household book to PNG files: the
-// register, the entry form holding a split entry, reconcile mode and the
-// scheduled entries.
+// register, the entry form holding a split entry, reconcile mode, the
+// scheduled entries and the checking account's summary of the year.
 //   tarn-desktop-screenshots [folder]   (default: docs/screenshots)
 // Run with QT_QPA_PLATFORM=offscreen on a machine without a display.
 
 #include <QAction>
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
@@ -13,6 +14,7 @@
 #include <QTableView>
 #include <QTableWidget>
 #include <QTextStream>
+#include <QTreeView>
 
 #include <cstdio>
 
@@ -104,5 +106,20 @@ int main(int argc, char** argv) {
     due->selectRow(0);
   }
   ok = Save(*schedules, folder, "window_schedules.png") && ok;
+  schedules->close();
+
+  // The year so far by month: the chart and the category tree opened out.
+  for (QAction* action : window.findChildren<QAction*>()) {
+    if (action->text() == QStringLiteral("Su&mmary...")) action->trigger();
+  }
+  auto* summary = window.findChild<QWidget*>("summaryWindow");
+  if (!summary) {
+    std::fprintf(stderr, "the summary window did not open\n");
+    return 1;
+  }
+  auto* saved = summary->findChild<QComboBox*>("savedSummaries");
+  saved->setCurrentIndex(saved->findText(QStringLiteral("All Entries, Year To Date")));
+  summary->findChild<QTreeView*>("categories")->expandAll();
+  ok = Save(*summary, folder, "window_summary.png") && ok;
   return ok ? 0 : 1;
 }

@@ -1,12 +1,17 @@
 // The register window on a large book: opening a book and showing its
 // register, one keystroke in the search field (refilter and redraw), and
-// scrolling a page (the model answers cells from cached balances).
+// scrolling a page (the model answers cells from cached balances), and the
+// summary window over the whole ten years by month: opened and drawn, and
+// computed and drawn again after one option changes.
 // Runs on the offscreen platform unless QT_QPA_PLATFORM says otherwise.
 //   ./build/bench/bench_window --benchmark_min_time=2
 
 #include <benchmark/benchmark.h>
 
+#include <QAction>
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QTableView>
@@ -18,11 +23,14 @@
 #include <string>
 
 #include "main_window.h"
+#include "summary_window.h"
 #include "tarn/account/account.h"
 #include "tarn/book/book.h"
 #include "tarn/book/sample_book.h"
 #include "tarn/platform/calendar_date.h"
 #include "tarn/platform/log.h"
+#include "tarn/reports/account_summary.h"
+#include "tarn/reports/summary_result.h"
 
 namespace {
 
@@ -124,6 +132,60 @@ void BM_ScrollPage(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_ScrollPage)->Arg(100000)->Unit(benchmark::kMicrosecond);
+
+// Opens the summary window on the shown account, as the menu command does.
+// The account's first summary (" Custom...") runs from the first to the last
+// entry by month: the book's ten years.
+SummaryWindow* OpenSummary(MainWindow& window) {
+  for (QAction* action : window.findChildren<QAction*>()) {
+    if (action->text() == QStringLiteral("Su&mmary...")) action->trigger();
+  }
+  auto* summary = window.findChild<SummaryWindow*>("summaryWindow");
+  if (summary) {
+    summary->repaint();
+    QApplication::processEvents();
+  }
+  return summary;
+}
+
+void CountSummary(benchmark::State& state, const SummaryWindow& summary) {
+  const auto& result = summary.result();
+  if (!result) return state.SkipWithError("no summary shown");
+  state.counters["periods"] = static_cast<double>(result->periods.size());
+  state.counters["entries"] = result->totals.entryCount;
+}
+
+void BM_OpenSummaryWindow(benchmark::State& state) {
+  MainWindow window;
+  ShowBook(window, state.range(0));
+  SummaryWindow* summary = nullptr;
+  for (auto _ : state) {
+    summary = OpenSummary(window);
+    if (!summary) return state.SkipWithError("the summary window did not open");
+    state.PauseTiming();
+    if (summary->result()) CountSummary(state, *summary);
+    delete summary;
+    state.ResumeTiming();
+  }
+}
+BENCHMARK(BM_OpenSummaryWindow)->Arg(100000)->Unit(benchmark::kMillisecond);
+
+// One option changed (parents with or without their subcategories), so the
+// monthly summary is computed and every view refilled and drawn again.
+void BM_SummaryOptionChange(benchmark::State& state) {
+  MainWindow window;
+  ShowBook(window, state.range(0));
+  SummaryWindow* summary = OpenSummary(window);
+  if (!summary) return state.SkipWithError("the summary window did not open");
+  auto* parents = summary->findChild<QCheckBox*>("parentsIncludeSubcategories");
+  for (auto _ : state) {
+    parents->toggle();
+    summary->repaint();
+    QApplication::processEvents();
+  }
+  CountSummary(state, *summary);
+}
+BENCHMARK(BM_SummaryOptionChange)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

@@ -13,6 +13,7 @@
 #include "tarn/model/account_entry.h"
 #include "tarn/model/currency.h"
 #include "tarn/platform/text.h"
+#include "tarn/reports/account_summary.h"
 
 namespace tarn {
 
@@ -112,6 +113,49 @@ AccountSettings CaptureAccountSettings(const TARNAccount& account) {
   settings.password = account.GetPassword();
   settings.statementBalance = account.statementBalance();
   return settings;
+}
+
+AccountSummaries CaptureAccountSummaries(const TARNAccount& account) {
+  AccountSummaries captured;
+  const auto& summaries = account.accountSummaries();
+  captured.options.reserve(summaries.size());
+  for (std::size_t i = 0; i < summaries.size(); ++i) {
+    captured.options.push_back(summaries[i]->optionsAsDictionary());
+    if (summaries[i] == account.selectedAccountSummary()) {
+      captured.selected = static_cast<std::int32_t>(i);
+    }
+  }
+  return captured;
+}
+
+void RestoreAccountSummaries(TARNAccount& account, const AccountSummaries& summaries) {
+  auto& list = account.accountSummaries();
+  list.clear();
+  for (const plist::Value& options : summaries.options) {
+    list.push_back(TARNAccountSummary::initWithOptionsDictionary(options, {}));
+  }
+  account.selectAccountSummaryAtIndex(summaries.selected);
+}
+
+std::size_t SaveAccountSummary(TARNAccount& account, const plist::Value& options,
+                               std::optional<std::size_t> place) {
+  auto& list = account.accountSummaries();
+  if (place && *place < list.size()) {
+    list[*place]->setOptionsFromDictionary(options);
+    return *place;
+  }
+  auto summary = TARNAccountSummary::initWithOptionsDictionary(options, {});
+  const auto taken = [&list](const std::string& name) {
+    return std::any_of(list.begin(), list.end(), [&name](const auto& each) {
+      return CaseInsensitiveEqual(each->name(), name);
+    });
+  };
+  const std::string base = summary->name();
+  for (int suffix = 2; taken(summary->name()); ++suffix) {
+    summary->setName(base + " " + std::to_string(suffix));
+  }
+  account.addAccountSummary(std::move(summary));
+  return list.size() - 1;
 }
 
 void ApplyAccountSettings(TARNBook& book, TARNAccount& account, const AccountSettings& settings) {

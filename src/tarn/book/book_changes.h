@@ -85,6 +85,30 @@ AccountSettings CaptureAccountSettings(const TARNAccount& account);
 // the book does not know.
 void ApplyAccountSettings(TARNBook& book, TARNAccount& account, const AccountSettings& settings);
 
+// An account's saved summaries: each one's options dictionary, in list
+// order, and the place of the selected one (-1 when the selected summary is
+// not in the list). Cheap to keep on an undo stack: no entries are held.
+struct AccountSummaries {
+  std::vector<plist::Value> options;
+  std::int32_t selected = -1;
+
+  bool operator==(const AccountSummaries&) const = default;
+};
+
+AccountSummaries CaptureAccountSummaries(const TARNAccount& account);
+// Rebuilds the account's summaries from the options. The selected summary is
+// the one at the captured place; with none, the account's selection stays.
+void RestoreAccountSummaries(TARNAccount& account, const AccountSummaries& summaries);
+
+// Saves summary options into the account: over the summary at `place` when
+// it names one of the list, otherwise as a new summary at the end of the
+// list. A new summary whose name another summary of the account already has
+// (letter case aside) gets " 2", " 3"... added, so that no saved summary is
+// hidden behind another of the same name. Returns the place of the saved
+// summary.
+std::size_t SaveAccountSummary(TARNAccount& account, const plist::Value& options,
+                               std::optional<std::size_t> place);
+
 // The book's whole contents, for changes that touch many records at once.
 // Restoring rebuilds every account; accounts that were open (authenticated)
 // stay open when their password is unchanged.
