@@ -12,13 +12,14 @@
 #include <cmath>
 #include <limits>
 
+#include "money_text.h"
 #include "tarn/account/account.h"
 #include "tarn/book/book.h"
 #include "tarn/model/currency.h"
 
 AccountSettingsDialog::AccountSettingsDialog(tarn::TARNBook& book, const tarn::TARNAccount& account,
                                              QWidget* parent)
-    : QDialog(parent), settings_(tarn::CaptureAccountSettings(account)) {
+    : QDialog(parent), book_(book), settings_(tarn::CaptureAccountSettings(account)) {
   setObjectName("accountSettings");
   setWindowTitle(tr("Account Settings"));
   name_ = new QLineEdit(QString::fromStdString(settings_.name), this);
@@ -31,7 +32,17 @@ AccountSettingsDialog::AccountSettingsDialog(tarn::TARNBook& book, const tarn::T
   }
   currency_->setCurrentIndex(
       std::max(0, currency_->findData(QString::fromStdString(settings_.currencyCode))));
-  startingBalance_ = new QLineEdit(QString::number(settings_.startingBalance, 'f', 2), this);
+  shownCurrency_ = account.currency();
+  startingBalance_ = new QLineEdit(MoneyText(&account, settings_.startingBalance).trimmed(), this);
+  // The balance is written in the currency chosen: another choice rewrites it.
+  connect(currency_, &QComboBox::currentIndexChanged, this, [this] {
+    const auto chosen = chosenCurrency();
+    if (!shownCurrency_ || !chosen || chosen == shownCurrency_) return;
+    if (const auto value = ReadMoney(*shownCurrency_, startingBalance_->text())) {
+      startingBalance_->setText(MoneyText(*chosen, *value).trimmed());
+    }
+    shownCurrency_ = chosen;
+  });
   startingBalance_->setObjectName("settingsStartingBalance");
   startingBalance_->setAlignment(Qt::AlignRight);
   startingCheckNumber_ = new QSpinBox(this);
@@ -58,17 +69,20 @@ AccountSettingsDialog::AccountSettingsDialog(tarn::TARNBook& book, const tarn::T
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 }
 
+std::shared_ptr<tarn::PFCurrency> AccountSettingsDialog::chosenCurrency() const {
+  return book_.currencyWithCode(currency_->currentData().toString().toStdString());
+}
+
 void AccountSettingsDialog::accept() {
-  QString balance = startingBalance_->text().trimmed();
-  balance.remove(',');
-  balance.remove('$');
-  bool ok = false;
-  const double value = balance.isEmpty() ? 0.0 : balance.toDouble(&ok);
-  if ((!ok && !balance.isEmpty()) || !std::isfinite(value)) {
-    QMessageBox::warning(this, windowTitle(),
-                         tr("\"%1\" is not an amount.").arg(startingBalance_->text()));
+  // The starting balance is read in the currency chosen, which may be new.
+  const auto chosen = chosenCurrency();
+  const tarn::PFCurrency& currency = chosen ? *chosen : *book_.currency();
+  const auto read = ReadMoney(currency, startingBalance_->text());
+  if (!read || !std::isfinite(*read)) {
+    QMessageBox::warning(this, windowTitle(), NotAnAmount(currency, startingBalance_->text()));
     return;
   }
+  const double value = *read;
   if (name_->text().trimmed().isEmpty()) {
     QMessageBox::warning(this, windowTitle(), tr("An account needs a name."));
     return;

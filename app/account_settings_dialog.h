@@ -5,6 +5,8 @@
 
 #include <QDialog>
 
+#include <memory>
+
 #include "tarn/book/book_changes.h"
 
 class QComboBox;
@@ -12,6 +14,7 @@ class QLineEdit;
 class QSpinBox;
 
 namespace tarn {
+class PFCurrency;
 class TARNAccount;
 class TARNBook;
 }  // namespace tarn
@@ -27,6 +30,11 @@ class AccountSettingsDialog : public QDialog {
   void accept() override;
 
  private:
+  std::shared_ptr<tarn::PFCurrency> chosenCurrency() const;
+
+  tarn::TARNBook& book_;
+  // The currency the starting balance is written in.
+  std::shared_ptr<tarn::PFCurrency> shownCurrency_;
   tarn::AccountSettings settings_;
   QLineEdit* name_;
   QComboBox* currency_;

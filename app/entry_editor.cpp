@@ -17,9 +17,11 @@
 
 #include <cmath>
 
+#include "money_text.h"
 #include "tarn/account/account.h"
 #include "tarn/book/book.h"
 #include "tarn/model/category.h"
+#include "tarn/model/currency.h"
 #include "tarn/model/entry_type.h"
 #include "tarn/platform/calendar_date.h"
 #include "tarn/ui/day_field_binding.h"
@@ -41,20 +43,12 @@ void SetCompletions(QLineEdit* field, const QStringList& list) {
   field->setCompleter(completer);
 }
 
-// An amount as typed: thousands separators and a currency sign allowed,
-// the sign ignored (the type says which way the money goes).
-std::optional<double> ReadAmount(QString text) {
-  text = text.trimmed();
-  text.remove(',');
-  text.remove('$');
-  text.remove(QChar(0x20AC));
-  text.remove(QChar(0x00A3));
-  text = text.trimmed();
-  if (text.isEmpty()) return 0.0;
-  bool ok = false;
-  const double value = text.toDouble(&ok);
-  if (!ok || !std::isfinite(value)) return std::nullopt;
-  return std::fabs(value);
+// The size of an amount as typed in the currency: the sign is dropped, the
+// type says which way the money goes.
+std::optional<double> ReadSize(const tarn::PFCurrency& currency, const QString& text) {
+  const auto value = ReadMoney(currency, text);
+  if (!value || !std::isfinite(*value)) return std::nullopt;
+  return std::fabs(*value);
 }
 
 QLineEdit* Field(QWidget* parent, const char* name, const QString& placeholder) {
@@ -216,6 +210,9 @@ void EntryEditor::setAccount(tarn::TARNBook* book, tarn::TARNAccount* account) {
   type_->clear();
   transfer_->clear();
   if (!account) return;
+  // Room for a large amount in the account's format.
+  amount_->setMinimumWidth(
+      amount_->fontMetrics().horizontalAdvance(MoneyText(account, 999999.99).trimmed()) + 16);
   for (const auto& type : account->types()) {
     type_->addItem(QString::fromStdString(type->GetName()), type->GetIsDeposit());
   }
@@ -231,6 +228,11 @@ void EntryEditor::setAccount(tarn::TARNBook* book, tarn::TARNAccount* account) {
   }
   SetCompletions(category_, categories);
   clearForNewEntry();
+}
+
+const tarn::PFCurrency& EntryEditor::transferCurrency(std::int32_t account) const {
+  auto other = book_ ? book_->accountWithNumber(account) : nullptr;
+  return CurrencyOf(other ? other.get() : account_);
 }
 
 bool EntryEditor::currentTypeIsDeposit() const {
@@ -289,7 +291,8 @@ void EntryEditor::splitToggled(bool on) {
   amount_->setReadOnly(on);
   transfer_->setEnabled(!on);
   if (on && splits_->rowCount() == 0) {
-    addSplitLine({category_->text().toStdString(), "", ReadAmount(amount_->text()).value_or(0)});
+    addSplitLine({category_->text().toStdString(), "",
+                  ReadSize(CurrencyOf(account_), amount_->text()).value_or(0)});
     addSplitLine({});
   }
 }
@@ -299,8 +302,9 @@ void EntryEditor::addSplitLine(const tarn::EntryFormSplit& split) {
   splits_->insertRow(row);
   splits_->setItem(row, 0, new QTableWidgetItem(QString::fromStdString(split.category)));
   splits_->setItem(row, 1, new QTableWidgetItem(QString::fromStdString(split.description)));
-  auto* amount =
-      new QTableWidgetItem(split.amount != 0 ? QString::number(split.amount, 'f', 2) : QString());
+  auto* amount = new QTableWidgetItem(
+      split.amount != 0 ? MoneyText(CurrencyOf(account_), std::fabs(split.amount)).trimmed()
+                        : QString());
   amount->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
   splits_->setItem(row, 2, amount);
 }
@@ -325,12 +329,17 @@ void EntryEditor::showForm(const tarn::EntryForm& form, std::int32_t entryNumber
   description_->setText(QString::fromStdString(form.description));
   // A split entry's categories are on its lines.
   category_->setText(form.splits.empty() ? QString::fromStdString(form.category) : QString());
-  amount_->setText(form.amount != 0 || editing ? QString::number(form.amount, 'f', 2) : QString());
+  const tarn::PFCurrency& currency = CurrencyOf(account_);
+  amount_->setText(form.amount != 0 || editing
+                       ? MoneyText(currency, std::fabs(form.amount)).trimmed()
+                       : QString());
   notes_->setText(QString::fromStdString(form.notes));
   cleared_->setChecked(form.cleared);
   taxDeductible_->setChecked(form.taxDeductible);
   transfer_->setCurrentIndex(std::max(0, transfer_->findData(form.transferAccount)));
-  exchanged_->setText(form.exchangedAmount ? QString::number(*form.exchangedAmount, 'f', 2)
+  exchanged_->setText(form.exchangedAmount ? MoneyText(transferCurrency(form.transferAccount),
+                                                       std::fabs(*form.exchangedAmount))
+                                                 .trimmed()
                                            : QString());
   transferChanged();
   splits_->setRowCount(0);
@@ -372,6 +381,7 @@ std::optional<tarn::EntryForm> EntryEditor::form(QString* problem) const {
   form.notes = notes_->text().toStdString();
   form.cleared = cleared_->isChecked();
   form.taxDeductible = taxDeductible_->isChecked();
+  const tarn::PFCurrency& currency = CurrencyOf(account_);
   if (split_->isChecked()) {
     for (int row = 0; row < splits_->rowCount(); ++row) {
       auto text = [&](int column) {
@@ -379,27 +389,28 @@ std::optional<tarn::EntryForm> EntryEditor::form(QString* problem) const {
         return item ? item->text().trimmed() : QString();
       };
       if (text(0).isEmpty() && text(1).isEmpty() && text(2).isEmpty()) continue;
-      const auto amount = ReadAmount(text(2));
+      const auto amount = ReadSize(currency, text(2));
       if (!amount) {
-        *problem = tr("\"%1\" is not an amount.").arg(text(2));
+        *problem = NotAnAmount(currency, text(2));
         return std::nullopt;
       }
       form.splits.push_back({text(0).toStdString(), text(1).toStdString(), *amount});
     }
   } else {
     form.category = category_->text().trimmed().toStdString();
-    const auto amount = ReadAmount(amount_->text());
+    const auto amount = ReadSize(currency, amount_->text());
     if (!amount) {
-      *problem = tr("\"%1\" is not an amount.").arg(amount_->text());
+      *problem = NotAnAmount(currency, amount_->text());
       return std::nullopt;
     }
     form.amount = *amount;
   }
   form.transferAccount = transfer_->currentData().toInt();
   if (!exchanged_->isHidden() && !exchanged_->text().trimmed().isEmpty()) {
-    const auto exchanged = ReadAmount(exchanged_->text());
+    const tarn::PFCurrency& other = transferCurrency(form.transferAccount);
+    const auto exchanged = ReadSize(other, exchanged_->text());
     if (!exchanged) {
-      *problem = tr("\"%1\" is not an amount.").arg(exchanged_->text());
+      *problem = NotAnAmount(other, exchanged_->text());
       return std::nullopt;
     }
     form.exchangedAmount = *exchanged;

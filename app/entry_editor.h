@@ -20,6 +20,7 @@ class QSpinBox;
 class QTableWidget;
 
 namespace tarn {
+class PFCurrency;
 class TARNAccount;
 class TARNBook;
 }  // namespace tarn
@@ -57,6 +58,9 @@ class EntryEditor : public QWidget {
   void addSplitLine(const tarn::EntryFormSplit& split);
   void refillSuggestions();
   bool currentTypeIsDeposit() const;
+  // The currency of the other account of a transfer (the form's own when
+  // there is none).
+  const tarn::PFCurrency& transferCurrency(std::int32_t account) const;
 
   tarn::TARNBook* book_ = nullptr;
   tarn::TARNAccount* account_ = nullptr;

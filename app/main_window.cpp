@@ -18,9 +18,11 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QSettings>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QStyle>
 #include <QTableView>
 #include <QTreeWidget>
 #include <QUndoStack>
@@ -35,6 +37,7 @@
 #include "entry_editor.h"
 #include "import_run.h"
 #include "modal_run.h"
+#include "money_text.h"
 #include "register_model.h"
 #include "schedules_window.h"
 #include "summary_window.h"
@@ -44,6 +47,7 @@
 #include "tarn/account/export_options.h"
 #include "tarn/book/book.h"
 #include "tarn/book/book_changes.h"
+#include "tarn/book/book_lock.h"
 #include "tarn/book/entry_form.h"
 #include "tarn/filters/filter.h"
 #include "tarn/model/account_entry.h"
@@ -336,7 +340,7 @@ void MainWindow::refreshAccounts() {
     item->setData(0, kRoleAccount, account->GetNumber());
     if (account->IsAuthenticated()) {
       const double balance = account->GetBalance();
-      item->setText(1, RegisterModel::formatAmount(balance));
+      item->setText(1, MoneyText(account.get(), balance));
       if (balance < -0.001) item->setForeground(1, QColor(176, 0, 32));
     } else {
       item->setText(1, tr("Locked"));
@@ -412,7 +416,7 @@ void MainWindow::showAccount(std::int32_t number, QTreeWidgetItem* item) {
                                 ? account->smartFolders()[index]
                                 : nullptr);
     if (item && item->text(1) == tr("Locked")) {
-      item->setText(1, RegisterModel::formatAmount(account->GetBalance()));
+      item->setText(1, MoneyText(account.get(), account->GetBalance()));
     }
   }
   register_->setVisible(open);
@@ -422,8 +426,22 @@ void MainWindow::showAccount(std::int32_t number, QTreeWidgetItem* item) {
   loadFilterControls();
   model_->setAccount(account.get(),
                      reconcile_ ? RegisterModel::View::Reconcile : RegisterModel::View::Register);
+  fitMoneyColumns();
   register_->scrollToBottom();
   refreshBalances();
+}
+
+void MainWindow::fitMoneyColumns() {
+  // Wide enough for large amounts in the account's format (a symbol, a
+  // negative's marks and the grouping take room), never narrower than set.
+  const QFontMetrics metrics(register_->font());
+  const int margin = 2 * register_->style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 16;
+  const std::pair<int, double> widest[] = {{RegisterModel::kAmount, -99999.99},
+                                           {RegisterModel::kBalance, -9999999.99}};
+  for (const auto& [column, amount] : widest) {
+    const int width = metrics.horizontalAdvance(model_->formatAmount(amount)) + margin;
+    if (register_->columnWidth(column) < width) register_->setColumnWidth(column, width);
+  }
 }
 
 // --- View filter -------------------------------------------------------------
@@ -481,6 +499,7 @@ std::shared_ptr<tarn::TARNAccountEntry> MainWindow::selectedEntry() const {
 void MainWindow::refreshRegister(bool balancesChanged) {
   const auto entry = selectedEntry();
   model_->refresh(balancesChanged);
+  if (balancesChanged) fitMoneyColumns();  // the currency may have changed
   if (entry) {
     const int row = model_->rowOfEntry(entry->GetNumber());
     if (row >= 0) {
@@ -511,7 +530,7 @@ void MainWindow::refreshBalances() {
     reconcileDifference_->clear();
     return;
   }
-  const auto money = [](double amount) { return RegisterModel::formatAmount(amount); };
+  const auto money = [this](double amount) { return model_->formatAmount(amount); };
   balances_->setText(
       tr("Balance: %1    Resolved: %2    Unresolved: %3    Today: %4    %5 entries shown")
           .arg(money(account->GetBalance()), money(account->GetResolvedBalance()),
@@ -520,7 +539,7 @@ void MainWindow::refreshBalances() {
   const double statement = account->statementBalance();
   const double resolved = account->GetResolvedBalance();
   const double difference = statement - resolved;
-  if (!statementBalance_->hasFocus()) statementBalance_->setText(money(statement));
+  if (!statementBalance_->hasFocus()) statementBalance_->setText(money(statement).trimmed());
   reconcileResolved_->setText(tr("Resolved balance: %1").arg(money(resolved)));
   reconcileDifference_->setText(tr("Difference: %1").arg(money(difference)));
   reconcileDifference_->setStyleSheet(std::fabs(difference) < 0.005
@@ -541,6 +560,7 @@ void MainWindow::bookChanged(std::int32_t account) {
     editor_->setAccount(&document_->book(), current.get());
     model_->setAccount(current.get(),
                        reconcile_ ? RegisterModel::View::Reconcile : RegisterModel::View::Register);
+    fitMoneyColumns();
     refreshBalances();
     return;
   }
@@ -553,7 +573,7 @@ void MainWindow::bookChanged(std::int32_t account) {
     item->setText(0, QString::fromStdString(each->GetName()));
     if (!each->IsAuthenticated()) continue;
     const double balance = each->GetBalance();
-    item->setText(1, RegisterModel::formatAmount(balance));
+    item->setText(1, MoneyText(each.get(), balance));
     item->setForeground(1, balance < -0.001 ? QColor(176, 0, 32) : palette().color(QPalette::Text));
   }
 }
@@ -654,15 +674,14 @@ void MainWindow::setReconcileMode(bool on) {
 void MainWindow::statementBalanceEdited() {
   auto account = currentAccount();
   if (!account || !account->IsAuthenticated()) return;
-  QString text = statementBalance_->text().trimmed();
-  text.remove(',');
-  text.remove('$');
-  bool ok = false;
-  const double value = text.toDouble(&ok);
-  if (!ok || !std::isfinite(value)) {
+  const tarn::PFCurrency& currency = CurrencyOf(account.get());
+  const auto read = ReadMoney(currency, statementBalance_->text());
+  if (!read || !std::isfinite(*read)) {
+    const QString typed = statementBalance_->text();
     refreshBalances();
-    return showProblem(tr("\"%1\" is not an amount.").arg(statementBalance_->text()));
+    return showProblem(NotAnAmount(currency, typed));
   }
+  const double value = *read;
   if (std::fabs(value - account->statementBalance()) < 0.005) return refreshBalances();
   tarn::AccountSettings settings = tarn::CaptureAccountSettings(*account);
   settings.statementBalance = std::round(value * 100) / 100;
@@ -995,6 +1014,16 @@ void MainWindow::openBook() {
 bool MainWindow::openPath(const QString& path) {
   std::unique_ptr<tarn::TARNBook> book;
   try {
+    // Read under the book's lock, so that a tarn command writing it at the
+    // same moment is waited for rather than read half done. A file in a
+    // folder where no lock file can be made is read without one.
+    std::unique_ptr<tarn::BookLock> lock;
+    if (QFileInfo::exists(path)) {
+      try {
+        lock = std::make_unique<tarn::BookLock>(path.toStdString());
+      } catch (const tarn::FileError&) {
+      }
+    }
     book = tarn::TARNBook::open(path.toStdString());
   } catch (const tarn::FileError& error) {
     showProblem(tr("The book could not be opened.\n\n%1").arg(QString::fromUtf8(error.what())));
@@ -1006,16 +1035,58 @@ bool MainWindow::openPath(const QString& path) {
 }
 
 bool MainWindow::saveBook() {
-  if (document_->book().path().empty()) return saveBookAs();
+  tarn::TARNBook& book = document_->book();
+  if (book.path().empty()) return saveBookAs();
+  const QString path = QString::fromStdString(book.path());
+  // The lock is held only while the file is looked at and written, never
+  // while the user is asked: a tarn command waiting for it would wait on
+  // the user.
+  std::optional<tarn::TARNBook::FileStamp> replaceable;
+  bool asked = false;
   try {
-    document_->book().save();
+    for (;;) {
+      {
+        const tarn::BookLock lock(book.path());
+        const auto onDisk = tarn::TARNBook::StampOfFile(book.path());
+        if (!book.fileChangedOnDisk() || (asked && onDisk == replaceable)) {
+          book.save();
+          break;
+        }
+        replaceable = onDisk;
+        asked = true;
+      }
+      if (!askToReplaceChangedFile(path)) return false;
+    }
   } catch (const tarn::FileError& error) {
     showProblem(tr("The book could not be saved.\n\n%1").arg(QString::fromUtf8(error.what())));
     return false;
   }
   document_->markSaved();
-  addRecent(QString::fromStdString(document_->book().path()));
+  addRecent(path);
   return true;
+}
+
+bool MainWindow::askToReplaceChangedFile(const QString& path) {
+  const QString name = QFileInfo(path).fileName();
+  QMessageBox box(QMessageBox::Warning, tr("Book Changed on Disk"),
+                  tr("\"%1\" was changed by another program (such as the tarn command) since "
+                     "this window opened or last saved it.")
+                      .arg(name),
+                  QMessageBox::NoButton, this);
+  box.setObjectName(QStringLiteral("bookChangedOnDisk"));
+  box.setInformativeText(
+      tr("Saving replaces the other change with this window's book; the file it replaces is "
+         "kept as \"%1\". Cancel leaves the file as the other program wrote it.")
+          .arg(QFileInfo(QString::fromStdString(tarn::TARNBook::BackupPath(path.toStdString())))
+                   .fileName()));
+  QPushButton* replace = box.addButton(tr("Replace"), QMessageBox::DestructiveRole);
+  box.addButton(QMessageBox::Cancel);
+  box.setDefaultButton(QMessageBox::Cancel);
+  {
+    const ModalRun modal(this);
+    box.exec();
+  }
+  return box.clickedButton() == replace;
 }
 
 bool MainWindow::saveBookAs() {
@@ -1028,6 +1099,7 @@ bool MainWindow::saveBookAs() {
   }
   if (path.isEmpty()) return false;
   try {
+    const tarn::BookLock lock(path.toStdString());
     // The dialog has already asked whether to replace an existing file.
     document_->book().saveAs(path.toStdString(), true);
   } catch (const tarn::FileError& error) {
@@ -1054,6 +1126,12 @@ bool MainWindow::maybeSave() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+  // The summary window settles its unsaved options first, so that saving
+  // the book takes them along (or quitting stops when the user cancels).
+  if (summaryWindow_ && summaryWindow_->isVisible() && !summaryWindow_->close()) {
+    event->ignore();
+    return;
+  }
   if (maybeSave()) {
     event->accept();
   } else {

@@ -63,6 +63,8 @@ class MainWindow : public QMainWindow {
   void filterControlsChanged();
   void refreshRegister(bool balancesChanged);
   void refreshBalances();
+  // Widens the amount and balance columns to the shown account's format.
+  void fitMoneyColumns();
   void registerSelectionChanged();
   void registerClicked(const QModelIndex& index);
   void recordEntry();
@@ -94,6 +96,9 @@ class MainWindow : public QMainWindow {
   void openBook();
   bool saveBook();
   bool saveBookAs();
+  // The book's file was changed by another program since the window read
+  // or wrote it: asks whether to replace that change; true to replace.
+  bool askToReplaceChangedFile(const QString& path);
   bool maybeSave();
   void addRecent(const QString& path);
   void refillRecentMenu();

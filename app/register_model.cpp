@@ -5,15 +5,13 @@
 #include <QBrush>
 #include <QColor>
 #include <QFont>
-#include <QLocale>
 
-#include <cmath>
-
+#include "money_text.h"
 #include "tarn/account/account.h"
 #include "tarn/account/accounts_controller.h"
 #include "tarn/model/account_entry.h"
-#include "tarn/model/amounts.h"
 #include "tarn/model/category.h"
+#include "tarn/model/currency.h"
 #include "tarn/model/entry_type.h"
 
 using tarn::TARNAccount;
@@ -53,7 +51,8 @@ void AddCategoryNames(QHash<int, QString>& names,
 
 }  // namespace
 
-RegisterModel::RegisterModel(QObject* parent) : QAbstractTableModel(parent) {}
+RegisterModel::RegisterModel(QObject* parent)
+    : QAbstractTableModel(parent), formatter_(CurrencyOf(nullptr).formatter()) {}
 
 void RegisterModel::setAccount(TARNAccount* account, View view) {
   account_ = account;
@@ -68,6 +67,9 @@ void RegisterModel::refresh(bool balancesChanged) {
     if (balancesChanged) {
       account_->CacheRunningBalances();
       rebuildNames();
+      // A change of the account's currency, or of the currency itself,
+      // comes as a change of the book.
+      formatter_ = CurrencyOf(account_).formatter();
     }
     rows_ = view_ == View::Register ? account_->entryFilteredEntries()
                                     : account_->reconcileFilteredEntries();
@@ -125,13 +127,10 @@ int RegisterModel::columnCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : kColumnCount;
 }
 
-QString RegisterModel::formatAmount(double amount) {
-  amount = tarn::RoundNearZeroValue(amount);
-  QString text = QLocale::c().toString(std::fabs(amount), 'f', 2);
-  // Group thousands by hand: the C locale does not group.
-  const int point = text.indexOf('.');
-  for (int i = point - 3; i > 0; i -= 3) text.insert(i, ',');
-  return amount < 0 ? QStringLiteral("-") + text : text;
+QString RegisterModel::formatAmount(double amount) const {
+  text_.clear();
+  formatter_->appendStringForObjectValue(text_, amount);
+  return QString::fromUtf8(text_.data(), static_cast<qsizetype>(text_.size()));
 }
 
 QVariant RegisterModel::data(const QModelIndex& index, int role) const {

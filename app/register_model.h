@@ -3,7 +3,8 @@
 // account, which owns the entries) and names of types and categories looked
 // up once per refresh, so that every cell is answered in constant time and
 // scrolling never recomputes a balance: running balances come from the
-// entries' cache, filled by the account's CacheRunningBalances.
+// entries' cache, filled by the account's CacheRunningBalances. Amounts are
+// written by the account currency's formatter, taken once per refresh.
 #pragma once
 
 #include <QAbstractTableModel>
@@ -11,11 +12,13 @@
 #include <QString>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace tarn {
 class TARNAccount;
 class TARNAccountEntry;
+class TARNNumberFormatter;
 }  // namespace tarn
 
 class RegisterModel : public QAbstractTableModel {
@@ -59,9 +62,9 @@ class RegisterModel : public QAbstractTableModel {
   Qt::ItemFlags flags(const QModelIndex& index) const override;
   void sort(int column, Qt::SortOrder order) override;
 
-  // Money as the register writes it: thousands grouped, two decimals, a
-  // minus sign for money out ("-1,234.50").
-  static QString formatAmount(double amount);
+  // Money as the register writes it: in the account's currency, through
+  // the formatter taken when the account or its currency last changed.
+  QString formatAmount(double amount) const;
 
  private:
   void rebuildNames();
@@ -72,6 +75,10 @@ class RegisterModel : public QAbstractTableModel {
   std::vector<std::shared_ptr<tarn::TARNAccountEntry>> rows_;
   QHash<int, QString> typeNames_;
   QHash<int, QString> categoryNames_;
+  // The currency's formatter, kept alive here should the currency be edited
+  // and drop it; and one buffer that every cell's text is written into.
+  std::shared_ptr<const tarn::TARNNumberFormatter> formatter_;
+  mutable std::string text_;
   int sortColumn_ = kDate;
   Qt::SortOrder sortOrder_ = Qt::AscendingOrder;
 };

@@ -17,7 +17,7 @@
 #include <stdexcept>
 
 #include "book_document.h"
-#include "register_model.h"
+#include "money_text.h"
 #include "tarn/account/account.h"
 #include "tarn/book/book.h"
 #include "tarn/book/book_changes.h"
@@ -231,7 +231,7 @@ void SchedulesWindow::refresh() {
     auto* description = new QTableWidgetItem(QString::fromStdString(schedule->GetDescription()));
     description->setData(kRoleSchedule, schedule->GetNumber());
     schedules_->setItem(row, 0, description);
-    auto* amount = new QTableWidgetItem(RegisterModel::formatAmount(schedule->GetAmount()));
+    auto* amount = new QTableWidgetItem(MoneyText(account.get(), schedule->GetAmount()));
     amount->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
     schedules_->setItem(row, 1, amount);
     schedules_->setItem(row, 2,
@@ -264,7 +264,7 @@ void SchedulesWindow::refresh() {
     date->setData(kRoleDate, due.date);
     due_->setItem(row, 0, date);
     due_->setItem(row, 1, new QTableWidgetItem(QString::fromStdString(due.description)));
-    auto* amount = new QTableWidgetItem(RegisterModel::formatAmount(due.amount));
+    auto* amount = new QTableWidgetItem(MoneyText(account.get(), due.amount));
     amount->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
     due_->setItem(row, 2, amount);
   }

@@ -81,12 +81,15 @@ int main(int argc, char** argv) {
   // entry, which is then resolved by a click on its mark.
   window.findChild<QAction*>("reconcile")->setChecked(true);
   auto* statement = window.findChild<QLineEdit*>("statementBalance");
-  const auto money = [](QString text) { return text.remove(',').toDouble(); };
+  // Dollars as the window writes them: "$ 1,234.50", " -$ 12.00".
+  const auto money = [](QString text) {
+    return text.remove(',').remove('$').remove(' ').toDouble();
+  };
   for (int row = 0; row < model->rowCount(); ++row) {
     const QModelIndex mark = model->index(row, RegisterModel::kResolved);
     if (!mark.data().toString().isEmpty()) continue;
     const QString resolved =
-        window.findChild<QLabel*>("reconcileResolved")->text().section(' ', -1);
+        window.findChild<QLabel*>("reconcileResolved")->text().section(':', -1);
     const double amount = money(model->index(row, RegisterModel::kAmount).data().toString());
     statement->setText(QString::number(money(resolved) + amount, 'f', 2));
     emit statement->editingFinished();

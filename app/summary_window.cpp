@@ -33,6 +33,7 @@
 
 #include "book_document.h"
 #include "modal_run.h"
+#include "money_text.h"
 #include "summary_models.h"
 #include "tarn/account/account.h"
 #include "tarn/book/book.h"
@@ -630,13 +631,11 @@ void SummaryWindow::recompute() {
 
 void SummaryWindow::showResult() {
   auto account = document_->book().accountWithNumber(account_);
-  std::shared_ptr<tarn::TARNNumberFormatter> formatter;
-  if (account && account->currency()) formatter = account->currency()->formatter();
-  AmountFormat format = [formatter](double amount) {
-    amount = std::round(amount * 100) / 100;
-    if (amount == 0) amount = 0;  // no "-0.00"
-    return formatter ? QString::fromStdString(formatter->stringForObjectValue(amount))
-                     : QString::number(amount, 'f', 2);
+  // The account's currency is held, so the tables keep writing in it
+  // until the next result even if the book's currencies are replaced.
+  std::shared_ptr<const tarn::PFCurrency> currency = account ? account->currency() : nullptr;
+  AmountFormat format = [currency](double amount) {
+    return MoneyText(currency ? *currency : CurrencyOf(nullptr), amount);
   };
   const std::int32_t periodStyle = working_->subtotalPeriodStyle();
   periods_->setResult(result_, periodStyle, format);

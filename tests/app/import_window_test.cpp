@@ -46,7 +46,6 @@
 
 namespace {
 
-constexpr tarn::DateNumber kToday = 20261124;
 // The corpus beside the project, or where TARN_CORPUS_DIR says (a work tree
 // elsewhere).
 const QString kCorpus = qEnvironmentVariable("TARN_CORPUS_DIR", QStringLiteral(TARN_CORPUS_DIR));
@@ -92,32 +91,25 @@ class ImportWindowTest : public QObject {
   int registerRowsWith(const QString& date, long long cents, const QString& text) const;
   static QString corpus(const QString& file) { return kCorpus + "/" + file; }
 
-  QTemporaryDir dir_;
-  std::optional<WindowTestEnvironment> environment_;
+  std::optional<AppTestScratch> scratch_;
   std::unique_ptr<MainWindow> window_;
 };
 
 void ImportWindowTest::initTestCase() {
-  QVERIFY(dir_.isValid());
-  environment_.emplace(dir_.filePath("config"), kToday);
+  scratch_.emplace();
+  QVERIFY(scratch_->isValid());
 }
 
 void ImportWindowTest::cleanupTestCase() {
-  environment_.reset();
+  scratch_.reset();
 }
 
 void ImportWindowTest::init() {
   if (!QDir(kCorpus).exists()) QSKIP("the shared corpus of real files is not on this machine");
-  tarn::SampleBookOptions options;
-  options.years = 1;
-  options.today = kToday;
-  auto book = tarn::MakeSampleBook(options);
+  auto book = SampleHousehold();
   book->addAccount("Copy");
-  window_ = std::make_unique<MainWindow>();
-  window_->setBook(std::move(book));
-  window_->show();
-  window_->activateWindow();
-  QVERIFY(QTest::qWaitForWindowActive(window_.get()));
+  window_ = ShownWindow(std::move(book));
+  QVERIFY(window_);
 }
 
 void ImportWindowTest::cleanup() {
@@ -394,7 +386,7 @@ void ImportWindowTest::importsCSVThroughTheColumnLayoutAndRemembersIt() {
 }
 
 void ImportWindowTest::reimportsAnExportedAccountWithNothingLost() {
-  const QString path = dir_.filePath("checking.qif");
+  const QString path = scratch_->filePath("checking.qif");
   WhenModal(this, [=](QWidget* modal) {
     auto* dialog = qobject_cast<QFileDialog*>(modal);
     QVERIFY(dialog);

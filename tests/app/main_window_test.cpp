@@ -20,7 +20,6 @@
 #include <QPushButton>
 #include <QTableView>
 #include <QTableWidget>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
@@ -37,13 +36,17 @@
 #include "tarn/book/sample_book.h"
 #include "tarn/model/account_entry.h"
 #include "tarn/platform/calendar_date.h"
-#include "tarn/platform/log.h"
 
 namespace {
 
+// A dollar amount as the window writes it (" -$ 1,234.50"), read without
+// the window's own reading.
 double Money(QString text) {
-  text.remove(',');
-  return text.toDouble();
+  text.remove(',').remove('$').remove(' ');
+  bool ok = false;
+  const double value = text.toDouble(&ok);
+  if (!ok) qWarning("not a dollar amount: %s", qPrintable(text));
+  return value;
 }
 
 }  // namespace
@@ -86,45 +89,34 @@ class MainWindowTest : public QObject {
 
   template <typename T>
   T* find(const char* name) const {
-    T* widget = window_->findChild<T*>(QString::fromLatin1(name));
-    if (!widget) qFatal("no widget %s", name);
-    return widget;
+    return FindWidget<T>(*window_, name);
   }
   QTableView* table() const { return find<QTableView>("register"); }
-  QAbstractItemModel* model() const { return table()->model(); }
+  RegisterModel* model() const { return qobject_cast<RegisterModel*>(table()->model()); }
 
-  QTemporaryDir dir_;
+  std::unique_ptr<AppTestScratch> scratch_;
   QString samplePath_;
   std::unique_ptr<MainWindow> window_;
-  std::function<void(std::string_view)> previousSink_;
 };
 
 void MainWindowTest::initTestCase() {
-  QVERIFY(dir_.isValid());
-  // Recent books go to a scratch settings folder, not the user's.
-  qputenv("XDG_CONFIG_HOME", dir_.filePath("config").toUtf8());
-  previousSink_ = tarn::SetLogSink([](std::string_view) {});
-  tarn::CalendarDate::overrideNow(tarn::CalendarDate(2026, 11, 24));
-  samplePath_ = dir_.filePath("household.tarn");
-  tarn::SampleBookOptions options;
-  options.years = 1;
-  tarn::MakeSampleBook(options)->saveAs(samplePath_.toStdString());
+  scratch_ = std::make_unique<AppTestScratch>();
+  QVERIFY(scratch_->isValid());
+  samplePath_ = scratch_->filePath("household.tarn");
+  SampleHousehold()->saveAs(samplePath_.toStdString());
 }
 
 void MainWindowTest::cleanupTestCase() {
-  tarn::CalendarDate::overrideNow(std::nullopt);
-  tarn::SetLogSink(previousSink_);
+  scratch_.reset();
 }
 
 void MainWindowTest::init() {
-  window_ = std::make_unique<MainWindow>();
-  window_->show();
-  window_->activateWindow();
-  QVERIFY(QTest::qWaitForWindowActive(window_.get()));
+  window_ = ShownWindow();
+  QVERIFY(window_);
 }
 
 void MainWindowTest::cleanup() {
-  window_->hide();
+  if (window_) window_->hide();
   window_.reset();
 }
 
@@ -207,14 +199,14 @@ void MainWindowTest::opensTheSampleBookThroughTheOpenDialog() {
            std::round(first->GetBalance() * 100) / 100);
   QVERIFY(find<QLabel>("balances")
               ->text()
-              .contains(RegisterModel::formatAmount(first->GetResolvedBalance())));
+              .contains(model()->formatAmount(first->GetResolvedBalance())));
   // Amounts are right-aligned, money out and in told apart by sign and colour.
   const QModelIndex amount = model()->index(0, RegisterModel::kAmount);
   QCOMPARE(amount.data(Qt::TextAlignmentRole).toInt() & Qt::AlignRight, int(Qt::AlignRight));
   int debitRow = -1, depositRow = -1;
   for (int row = 0; row < model()->rowCount(); ++row) {
     const QString text = model()->index(row, RegisterModel::kAmount).data().toString();
-    (text.startsWith('-') ? debitRow : depositRow) = row;
+    (text.contains('-') ? debitRow : depositRow) = row;
   }
   QVERIFY(debitRow >= 0 && depositRow >= 0);
   QVERIFY(model()->index(debitRow, RegisterModel::kAmount).data(Qt::ForegroundRole) !=
@@ -253,7 +245,7 @@ void MainWindowTest::addsACheckWithTheOfferedNumber() {
   QVERIFY(row >= 0);
   QCOMPARE(model()->index(row, RegisterModel::kCheckNumber).data().toString(),
            QString::number(offered));
-  QCOMPARE(model()->index(row, RegisterModel::kAmount).data().toString(), QString("-1,234.50"));
+  QCOMPARE(model()->index(row, RegisterModel::kAmount).data().toString(), QString(" -$ 1,234.50"));
   QCOMPARE(Money(balanceOf("Checking")), std::round((before - 1234.5) * 100) / 100);
   // The form is ready for the next check, numbered after this one.
   QVERIFY(find<QLineEdit>("entryToFrom")->text().isEmpty());
@@ -290,7 +282,8 @@ void MainWindowTest::addsASplitEntryAndATransfer() {
   const int splitRow = rowWith(RegisterModel::kDescription, "Groceries and cleaning");
   QVERIFY(splitRow >= 0);
   QCOMPARE(model()->index(splitRow, RegisterModel::kCategory).data().toString(), QString("Split"));
-  QCOMPARE(model()->index(splitRow, RegisterModel::kAmount).data().toString(), QString("-50.00"));
+  QCOMPARE(model()->index(splitRow, RegisterModel::kAmount).data().toString(),
+           QString(" -$ 50.00"));
 
   // Selecting it shows its lines again.
   table()->selectRow(splitRow);
@@ -310,7 +303,7 @@ void MainWindowTest::addsASplitEntryAndATransfer() {
   selectAccount("Savings");
   const int mirror = rowWith(RegisterModel::kDescription, "To the rainy-day fund");
   QVERIFY(mirror >= 0);
-  QCOMPARE(model()->index(mirror, RegisterModel::kAmount).data().toString(), QString("300.00"));
+  QCOMPARE(model()->index(mirror, RegisterModel::kAmount).data().toString(), QString("$ 300.00"));
 }
 
 void MainWindowTest::voidsUndoesAndRedoes() {
@@ -321,7 +314,7 @@ void MainWindowTest::voidsUndoesAndRedoes() {
   for (int each = model()->rowCount() - 1; each >= 0; --each) {
     const QModelIndex font = model()->index(each, RegisterModel::kAmount);
     if (!font.data(Qt::FontRole).value<QFont>().strikeOut() &&
-        font.data().toString().startsWith('-')) {
+        font.data().toString().contains('-')) {
       row = each;
       break;
     }
@@ -387,11 +380,12 @@ void MainWindowTest::voidsUndoesAndRedoes() {
   click(rowOf());
   typeInto("entryAmount", "1.00");
   QTest::keyClick(find<QLineEdit>("entryAmount"), Qt::Key_Return);
-  QCOMPARE(model()->index(rowOf(), RegisterModel::kAmount).data().toString(), QString("-1.00"));
+  QCOMPARE(model()->index(rowOf(), RegisterModel::kAmount).data().toString(), QString(" -$ 1.00"));
   QCOMPARE(model()->rowCount(), count);
   action("&Undo")->trigger();
   QCOMPARE(Money(model()->index(rowOf(), RegisterModel::kAmount).data().toString()), amount);
-  QCOMPARE(find<QLineEdit>("entryAmount")->text(), QString::number(-amount, 'f', 2));
+  QCOMPARE(Money(find<QLineEdit>("entryAmount")->text()), -amount);
+  QVERIFY(find<QLineEdit>("entryAmount")->text().startsWith("$ "));
 }
 
 void MainWindowTest::filtersByTextAndByPeriod() {
@@ -439,11 +433,9 @@ void MainWindowTest::reconcilesAgainstAStatementBalance() {
   QCOMPARE(model()->rowCount(), static_cast<int>(checking->reconcileFilteredEntries().size()));
   typeInto("statementBalance", "1000");
   QTest::keyClick(find<QLineEdit>("statementBalance"), Qt::Key_Return);
+  QVERIFY(find<QLabel>("reconcileResolved")->text().contains(model()->formatAmount(resolved)));
   QVERIFY(
-      find<QLabel>("reconcileResolved")->text().contains(RegisterModel::formatAmount(resolved)));
-  QVERIFY(find<QLabel>("reconcileDifference")
-              ->text()
-              .contains(RegisterModel::formatAmount(1000 - resolved)));
+      find<QLabel>("reconcileDifference")->text().contains(model()->formatAmount(1000 - resolved)));
 
   // Resolve an unresolved entry by clicking its mark.
   const int row = rowWith(RegisterModel::kResolved, QString());
@@ -456,11 +448,9 @@ void MainWindowTest::reconcilesAgainstAStatementBalance() {
   QTest::mouseClick(table()->viewport(), Qt::LeftButton, {},
                     table()->visualRect(model()->index(row, RegisterModel::kResolved)).center());
   if (!isVoid) resolved += amount;
+  QVERIFY(find<QLabel>("reconcileResolved")->text().contains(model()->formatAmount(resolved)));
   QVERIFY(
-      find<QLabel>("reconcileResolved")->text().contains(RegisterModel::formatAmount(resolved)));
-  QVERIFY(find<QLabel>("reconcileDifference")
-              ->text()
-              .contains(RegisterModel::formatAmount(1000 - resolved)));
+      find<QLabel>("reconcileDifference")->text().contains(model()->formatAmount(1000 - resolved)));
   bool marked = false;
   for (int each = 0; each < model()->rowCount(); ++each) {
     if (model()->index(each, 0).data(Qt::UserRole).toInt() == number) {
@@ -472,13 +462,13 @@ void MainWindowTest::reconcilesAgainstAStatementBalance() {
   action("&Undo")->trigger();
   QVERIFY(find<QLabel>("reconcileResolved")
               ->text()
-              .contains(RegisterModel::formatAmount(checking->GetResolvedBalance())));
+              .contains(model()->formatAmount(checking->GetResolvedBalance())));
   action("&Undo")->trigger();
   QCOMPARE(Money(find<QLineEdit>("statementBalance")->text()), checking->statementBalance());
 }
 
 void MainWindowTest::savesAndReopensAsItWasLeft() {
-  const QString path = dir_.filePath("kept.tarn");
+  const QString path = scratch_->filePath("kept.tarn");
   QVERIFY(QFile::copy(samplePath_, path));
   QVERIFY(window_->openPath(path));
   selectAccount("Checking");
@@ -506,12 +496,12 @@ void MainWindowTest::savesAndReopensAsItWasLeft() {
   QCOMPARE(find<QLineEdit>("search")->text(), QString("water"));
   const int row = rowWith(RegisterModel::kDescription, "Water bill");
   QVERIFY(row >= 0);
-  QCOMPARE(model()->index(row, RegisterModel::kAmount).data().toString(), QString("-61.07"));
+  QCOMPARE(model()->index(row, RegisterModel::kAmount).data().toString(), QString(" -$ 61.07"));
   QCOMPARE(model()->index(row, RegisterModel::kToFrom).data().toString(), QString("City Water"));
 }
 
 void MainWindowTest::asksForThePasswordBeforeShowingBalances() {
-  const QString path = dir_.filePath("private.tarn");
+  const QString path = scratch_->filePath("private.tarn");
   {
     tarn::TARNBook book;
     book.addAccount("Everyday")->SetStartingBalance(10);
@@ -556,8 +546,8 @@ void MainWindowTest::asksForThePasswordBeforeShowingBalances() {
   });
   selectAccount("Private");
   QVERIFY(table()->isVisible());
-  QCOMPARE(balanceOf("Private"), QString("4,321.50"));
-  QVERIFY(find<QLabel>("balances")->text().contains("Balance: 4,321.50"));
+  QCOMPARE(balanceOf("Private"), QString("$ 4,321.50"));
+  QVERIFY(find<QLabel>("balances")->text().contains("Balance: $ 4,321.50"));
 }
 
 void MainWindowTest::asksBeforeClosingWithUnsavedChanges() {
@@ -584,7 +574,7 @@ void MainWindowTest::asksBeforeClosingWithUnsavedChanges() {
 
 void MainWindowTest::opensAnOldAccountFileThroughTheUpgrade() {
   // A copy: saving replaces the file.
-  const QString path = dir_.filePath("old.plist");
+  const QString path = scratch_->filePath("old.plist");
   QVERIFY(QFile::copy(TARN_TEST_DATA_DIR
                       "/accounts/version1_duplicate_numbers_seconds_dates_ten_slot_split.plist",
                       path));
@@ -628,7 +618,7 @@ void MainWindowTest::managesAccountsWithUndo() {
   action("&New Account...")->trigger();
   QCOMPARE(tree->topLevelItemCount(), 4);
   QCOMPARE(tree->currentItem()->text(0), QString("Travel"));
-  QCOMPARE(balanceOf("Travel"), QString("0.00"));
+  QCOMPARE(balanceOf("Travel"), QString("$ 0.00"));
 
   // Its settings: a starting balance and another name.
   whenModal([](QWidget* modal) {
@@ -642,8 +632,8 @@ void MainWindowTest::managesAccountsWithUndo() {
     QTest::keyClick(balance, Qt::Key_Return);
   });
   action("Account &Settings...")->trigger();
-  QCOMPARE(balanceOf("Holidays"), QString("250.75"));
-  QVERIFY(find<QLabel>("balances")->text().contains("Balance: 250.75"));
+  QCOMPARE(balanceOf("Holidays"), QString("$ 250.75"));
+  QVERIFY(find<QLabel>("balances")->text().contains("Balance: $ 250.75"));
 
   // A name another account has is refused.
   whenModal([this](QWidget* modal) {
@@ -658,10 +648,10 @@ void MainWindowTest::managesAccountsWithUndo() {
     QTest::keyClick(dialog->findChild<QLineEdit*>(), Qt::Key_Return);
   });
   action("Re&name Account...")->trigger();
-  QCOMPARE(balanceOf("Holidays"), QString("250.75"));
+  QCOMPARE(balanceOf("Holidays"), QString("$ 250.75"));
 
   action("&Undo")->trigger();
-  QCOMPARE(balanceOf("Travel"), QString("0.00"));
+  QCOMPARE(balanceOf("Travel"), QString("$ 0.00"));
   action("&Undo")->trigger();
   QCOMPARE(tree->topLevelItemCount(), 3);
   QVERIFY(tree->findItems("Travel", Qt::MatchExactly).isEmpty());
@@ -671,7 +661,7 @@ void MainWindowTest::managesAccountsWithUndo() {
            std::round(book->accountWithName("Checking")->GetBalance() * 100) / 100);
   action("&Redo")->trigger();
   action("&Redo")->trigger();
-  QCOMPARE(balanceOf("Holidays"), QString("250.75"));
+  QCOMPARE(balanceOf("Holidays"), QString("$ 250.75"));
   // Removed after a question, and back by undo.
   selectAccount("Holidays");
   whenModal([](QWidget* modal) {
@@ -684,7 +674,7 @@ void MainWindowTest::managesAccountsWithUndo() {
   QVERIFY(tree->findItems("Holidays", Qt::MatchExactly).isEmpty());
   action("&Undo")->trigger();
   QCOMPARE(tree->topLevelItemCount(), 4);
-  QCOMPARE(balanceOf("Holidays"), QString("250.75"));
+  QCOMPARE(balanceOf("Holidays"), QString("$ 250.75"));
 }
 
 void MainWindowTest::showsFoldersAndSmartFolders() {
@@ -837,7 +827,7 @@ void MainWindowTest::addsACurrencyAndTransfersBetweenCurrencies() {
 
 void MainWindowTest::keepsTheOpenBookWhenAFileCannotBeRead() {
   QVERIFY(window_->openPath(samplePath_));
-  const QString path = dir_.filePath("notes.tarn");
+  const QString path = scratch_->filePath("notes.tarn");
   {
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));

@@ -17,7 +17,6 @@
 #include <QSpinBox>
 #include <QTableView>
 #include <QTableWidget>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
@@ -41,18 +40,8 @@
 #include "tarn/model/account_entry.h"
 #include "tarn/platform/calendar_date.h"
 #include "tarn/platform/encodings.h"
-#include "tarn/platform/log.h"
 
 namespace {
-
-constexpr tarn::DateNumber kToday = 20261124;
-
-tarn::SampleBookOptions SampleOptions() {
-  tarn::SampleBookOptions options;
-  options.years = 1;
-  options.today = kToday;
-  return options;
-}
 
 // Date, amount in cents and payee: what a round trip through QIF must keep.
 using Row = std::tuple<tarn::DateNumber, long long, std::string>;
@@ -86,33 +75,26 @@ class SchedulesExportTest : public QObject {
   int registerRowsWith(const QString& date, const QString& description) const;
   int dueRowWith(const QString& description) const;
 
-  QTemporaryDir dir_;
+  std::unique_ptr<AppTestScratch> scratch_;
   std::unique_ptr<MainWindow> window_;
-  std::function<void(std::string_view)> previousSink_;
 };
 
 void SchedulesExportTest::initTestCase() {
-  QVERIFY(dir_.isValid());
-  qputenv("XDG_CONFIG_HOME", dir_.filePath("config").toUtf8());
-  previousSink_ = tarn::SetLogSink([](std::string_view) {});
-  tarn::CalendarDate::overrideNow(tarn::CalendarDate::dateWithDateNumber(kToday));
+  scratch_ = std::make_unique<AppTestScratch>();
+  QVERIFY(scratch_->isValid());
 }
 
 void SchedulesExportTest::cleanupTestCase() {
-  tarn::CalendarDate::overrideNow(std::nullopt);
-  tarn::SetLogSink(previousSink_);
+  scratch_.reset();
 }
 
 void SchedulesExportTest::init() {
-  window_ = std::make_unique<MainWindow>();
-  window_->setBook(tarn::MakeSampleBook(SampleOptions()));
-  window_->show();
-  window_->activateWindow();
-  QVERIFY(QTest::qWaitForWindowActive(window_.get()));
+  window_ = ShownWindow(SampleHousehold());
+  QVERIFY(window_);
 }
 
 void SchedulesExportTest::cleanup() {
-  window_->hide();
+  if (window_) window_->hide();
   window_.reset();
 }
 
@@ -168,14 +150,14 @@ int SchedulesExportTest::dueRowWith(const QString& description) const {
 }
 
 void SchedulesExportTest::exportsWithTheRememberedFormatAndReadsBackAsQIF() {
-  const auto reference = tarn::MakeSampleBook(SampleOptions());
+  const auto reference = SampleHousehold();
   const auto account = reference->accounts().front();
   QCOMPARE(window_->findChild<QTreeWidget*>("accounts")->currentItem()->text(0),
            QString::fromStdString(account->GetName()));
 
   // A new account shows QIF first; choosing text is remembered for the
   // next export, which then switches back to QIF.
-  const QString textPath = dir_.filePath("checking.txt");
+  const QString textPath = scratch_->filePath("checking.txt");
   exportThroughDialog(textPath, "exportTypeQIF", "exportTypeText");
   QTRY_VERIFY(QFile::exists(textPath));
   QFile text(textPath);
@@ -186,12 +168,15 @@ void SchedulesExportTest::exportsWithTheRememberedFormatAndReadsBackAsQIF() {
   QCOMPARE(textBytes.count('\n'),
            static_cast<qsizetype>(account->GetEntries().size()) + 2);  // header, start
 
-  const QString qifPath = dir_.filePath("checking");  // no suffix: the format's is added
+  const QString qifPath = scratch_->filePath("checking");  // no suffix: the format's is added
   exportThroughDialog(qifPath, "exportTypeText", "exportTypeQIF");
   QTRY_VERIFY(QFile::exists(qifPath + ".qif"));
   QVERIFY(!QFile::exists(qifPath));
   // Nothing of the atomic write (a hidden temporary file) is left beside it.
-  QCOMPARE(QDir(dir_.path()).entryList({"*checking*"}, QDir::Files | QDir::Hidden).size(), 2);
+  QCOMPARE(QDir(scratch_->filePath(QString()))
+               .entryList({"*checking*"}, QDir::Files | QDir::Hidden)
+               .size(),
+           2);
 
   auto import = tarn::TARNQIFImport::initWithContentsOfFile((qifPath + ".qif").toStdString(),
                                                             tarn::kUTF8StringEncoding);
@@ -228,13 +213,13 @@ void SchedulesExportTest::exportsWithTheRememberedFormatAndReadsBackAsQIF() {
 }
 
 void SchedulesExportTest::exportsASmartFolderWithTheChosenDateFormat() {
-  const auto reference = tarn::MakeSampleBook(SampleOptions());
+  const auto reference = SampleHousehold();
   const auto account = reference->accounts().front();
   QVERIFY(!account->smartFolders().empty());
   const auto& smartFolder = account->smartFolders().front();
   const auto expected = smartFolder->filterEntries(account->GetEntries());
 
-  const QString path = dir_.filePath("folder.qif");
+  const QString path = scratch_->filePath("folder.qif");
   WhenModal(this, [&](QWidget* modal) {
     auto* dialog = qobject_cast<QFileDialog*>(modal);
     QVERIFY(dialog);

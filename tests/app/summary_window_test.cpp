@@ -43,14 +43,11 @@
 #include "tarn/model/currency.h"
 #include "tarn/model/split_line_item.h"
 #include "tarn/platform/calendar_date.h"
-#include "tarn/platform/log.h"
 #include "tarn/platform/text.h"
 #include "tarn/reports/account_summary.h"
 #include "tarn/reports/summary_result.h"
 
 namespace {
-
-constexpr tarn::DateNumber kToday = 20261124;
 
 tarn::DateNumber FromQDate(const QDate& date) {
   return date.year() * 10000 + date.month() * 100 + date.day();
@@ -125,31 +122,26 @@ class SummaryWindowTest : public QObject {
     return found;
   }
 
+  std::unique_ptr<AppTestScratch> scratch_;
   std::unique_ptr<MainWindow> window_;
   tarn::TARNBook* book_ = nullptr;
   SummaryWindow* summary_ = nullptr;
-  std::function<void(std::string_view)> previousSink_;
 };
 
 void SummaryWindowTest::initTestCase() {
-  previousSink_ = tarn::SetLogSink([](std::string_view) {});
-  tarn::CalendarDate::overrideNow(tarn::CalendarDate::dateWithDateNumber(kToday));
+  scratch_ = std::make_unique<AppTestScratch>();
+  QVERIFY(scratch_->isValid());
 }
 
 void SummaryWindowTest::cleanupTestCase() {
-  tarn::CalendarDate::overrideNow(std::nullopt);
-  tarn::SetLogSink(previousSink_);
+  scratch_.reset();
 }
 
 void SummaryWindowTest::init() {
-  tarn::SampleBookOptions options;
-  options.years = 1;
-  options.today = kToday;
-  auto book = tarn::MakeSampleBook(options);
+  auto book = SampleHousehold();
   book_ = book.get();
-  window_ = std::make_unique<MainWindow>();
-  window_->setBook(std::move(book));
-  window_->show();
+  window_ = ShownWindow(std::move(book));
+  QVERIFY(window_);
   summary_ = open();
   QVERIFY(summary_);
 }

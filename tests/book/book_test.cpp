@@ -105,6 +105,34 @@ TEST_F(BookTest, SavingKeepsThePreviousFileAndNeverOverwritesAStranger) {
   EXPECT_NE(contents(file), first);
 }
 
+TEST_F(BookTest, TellsWhenAnotherProgramChangedItsFileSinceReadOrWritten) {
+  TARNBook unsaved;
+  EXPECT_FALSE(unsaved.fileChangedOnDisk());
+  const std::string file = path("shared.tarn");
+  sample()->saveAs(file);
+  auto mine = TARNBook::open(file);
+  EXPECT_FALSE(mine->fileChangedOnDisk());
+  EXPECT_EQ(mine->fileStamp(), TARNBook::StampOfFile(file));
+
+  // Another program's save of the same size in the same second still
+  // counts: the atomic save puts a new file under the name.
+  auto theirs = TARNBook::open(file);
+  theirs->save();
+  EXPECT_TRUE(mine->fileChangedOnDisk());
+  // Saving takes the new file as the book's own.
+  addEntry(*mine->accounts()[0], -2.0);
+  mine->save();
+  EXPECT_FALSE(mine->fileChangedOnDisk());
+  // A change in place (same file, other bytes) counts too, as does removal.
+  { std::ofstream(file, std::ios::app) << ' '; }
+  EXPECT_TRUE(mine->fileChangedOnDisk());
+  mine->saveAs(path("moved.tarn"));
+  EXPECT_FALSE(mine->fileChangedOnDisk());
+  fs::remove(path("moved.tarn"));
+  EXPECT_TRUE(mine->fileChangedOnDisk());
+  EXPECT_EQ(TARNBook::StampOfFile(path("moved.tarn")), std::nullopt);
+}
+
 TEST_F(BookTest, FilesThatAreNoBookAreRefusedNamingTheFile) {
   auto expectRefused = [&](const std::string& name, const std::string& bytes,
                            const std::string& reason) {

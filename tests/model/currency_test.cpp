@@ -87,6 +87,42 @@ TEST(Currency, FormattersWriteAndReadTheCurrencysAmounts) {
   EXPECT_EQ(parse(*dollar.positiveFormatter(), "-$12.00"), 0.0);
 }
 
+TEST(Currency, ReadsAmountsAsTypedAndRefusesWhatIsNoAmount) {
+  PFCurrency dollar;
+  auto euro = PFCurrency::initWithCode("EUR", "Euro", "\u20AC", false, ".", ",", 1.1, 20260101);
+  auto sek = krona();
+  const std::tuple<const PFCurrency*, const char*, std::optional<double>> rows[] = {
+      // What the formatter writes reads back, negatives included.
+      {&dollar, "$ 1,234.50", 1234.5},
+      {&dollar, " -$ 1,234.50", -1234.5},
+      {euro.get(), "1.234,50 \u20AC", 1234.5},
+      {euro.get(), "-1.234,50 \u20AC", -1234.5},
+      {euro.get(), " 0,00 \u20AC", 0.0},
+      {sek.get(), "1 234 567,50 kr", 1234567.5},
+      // With or without symbol and grouping, the symbol on either side.
+      {&dollar, "1234.5", 1234.5},
+      {&dollar, "$1,234", 1234.0},
+      {euro.get(), "\u20AC 12,5", 12.5},
+      {euro.get(), "1234,567", 1234.57},
+      {sek.get(), "12 KR", 12.0},
+      // No amount: no default of 0 stands in.
+      {&dollar, "", std::nullopt},
+      {&dollar, "ten", std::nullopt},
+      {&dollar, "1.2.3", std::nullopt},
+      {&dollar, "$", std::nullopt},
+      // Another format's grouping is refused rather than misread.
+      {euro.get(), "12.50", std::nullopt},
+      {&dollar, "12,50", std::nullopt},
+      {&dollar, "1,2345.00", std::nullopt},
+      {euro.get(), "1,234.5", std::nullopt}};
+  for (const auto& [currency, text, expected] : rows) {
+    EXPECT_EQ(currency->amountFromString(text), expected) << currency->code() << " " << text;
+  }
+  // The shared formatter still turns bad text into its default.
+  EXPECT_EQ(parse(*euro->formatter(), "12.50"), 1250.0);
+  EXPECT_EQ(parse(*dollar.formatter(), "ten"), 0.0);
+}
+
 TEST(Currency, FormatChangesDiscardTheCachedFormatters) {
   PFCurrency currency;
   auto formatter = currency.formatter();

@@ -99,6 +99,7 @@ TARNBook::~TARNBook() = default;
 std::unique_ptr<TARNBook> TARNBook::open(const std::string& path,
                                          const TARNBookProgressHandler& progress) {
   plist::Value root;
+  const std::optional<FileStamp> stamp = StampOfFile(path);
   try {
     ReportProgress(progress, "Reading");
     root = plist::ReadFile(path);
@@ -122,6 +123,7 @@ std::unique_ptr<TARNBook> TARNBook::open(const std::string& path,
     book = load(root, path, progress);
   }
   book->path_ = path;
+  book->fileStamp_ = stamp;
   // Keep writing the file in the form it was found in.
   int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd >= 0) {
@@ -331,9 +333,27 @@ void TARNBook::write(const std::string& path) const {
   plist::WriteFile(path, value, format_);
 }
 
+std::optional<TARNBook::FileStamp> TARNBook::StampOfFile(const std::string& path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) return std::nullopt;
+  FileStamp stamp;
+  stamp.device = static_cast<std::uint64_t>(info.st_dev);
+  stamp.inode = static_cast<std::uint64_t>(info.st_ino);
+  stamp.size = static_cast<std::int64_t>(info.st_size);
+  stamp.modifiedSeconds = static_cast<std::int64_t>(info.st_mtim.tv_sec);
+  stamp.modifiedNanoseconds = static_cast<std::int64_t>(info.st_mtim.tv_nsec);
+  return stamp;
+}
+
+bool TARNBook::fileChangedOnDisk() const {
+  if (path_.empty()) return false;
+  return StampOfFile(path_) != fileStamp_;
+}
+
 void TARNBook::save() {
   if (path_.empty()) throw FileError("<book>", "the book has no file yet");
   write(path_);
+  fileStamp_ = StampOfFile(path_);
 }
 
 void TARNBook::saveAs(const std::string& path, bool replace) {
@@ -343,6 +363,7 @@ void TARNBook::saveAs(const std::string& path, bool replace) {
   }
   write(path);
   path_ = path;
+  fileStamp_ = StampOfFile(path_);
 }
 
 // --- Accounts --------------------------------------------------------------

@@ -75,6 +75,27 @@ class TARNBook : public TARNAccountsController {
   void setProgressHandler(TARNBookProgressHandler handler) { progress_ = std::move(handler); }
   static std::string BackupPath(const std::string& path) { return path + ".bak"; }
 
+  // What a file on disk looks like from outside: its identity (device and
+  // inode: the atomic save puts a new file under the name), size and
+  // modification time to the nanosecond.
+  struct FileStamp {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t size = 0;
+    std::int64_t modifiedSeconds = 0;
+    std::int64_t modifiedNanoseconds = 0;
+    friend bool operator==(const FileStamp&, const FileStamp&) = default;
+  };
+  // nullopt when there is no file at the path.
+  static std::optional<FileStamp> StampOfFile(const std::string& path);
+  // The book's file as the book last read or wrote it (taken before
+  // reading, so a change made during the read counts as a change).
+  const std::optional<FileStamp>& fileStamp() const { return fileStamp_; }
+  // Whether the file at path() is no longer the one the book read or last
+  // wrote: another program changed, replaced or removed it. False for a
+  // book without a file.
+  bool fileChangedOnDisk() const;
+
   // --- Accounts ------------------------------------------------------------
   Accounts& accounts() { return accounts_; }
   const Accounts& accounts() const { return accounts_; }
@@ -150,6 +171,7 @@ class TARNBook : public TARNAccountsController {
   void write(const std::string& path) const;
 
   std::string path_;
+  std::optional<FileStamp> fileStamp_;
   plist::Format format_ = plist::Format::Binary;
   bool bareAccount_ = false;
   Accounts accounts_;

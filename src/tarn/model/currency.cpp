@@ -157,6 +157,14 @@ std::shared_ptr<TARNNumberFormatter> PFCurrency::positiveFormatter() const {
   return formatters_.positiveFormatter;
 }
 
+std::optional<double> PFCurrency::amountFromString(std::string_view text) const {
+  // A copy, so the shared formatter keeps reading the symbol only where
+  // the pattern has it.
+  TARNNumberFormatter reader = *formatter();
+  reader.setCurrencySymbol(symbol_);
+  return reader.numberFromString(text);
+}
+
 double PFCurrency::convertAmount(double amount, const PFCurrency* other) const {
   if (other == nullptr) return amount;
   return amount * rate_ / other->rate_;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "tarn/model/number_formatter.h"
 #include "tarn/platform/calendar_date.h"
@@ -68,6 +69,10 @@ class PFCurrency {
   std::shared_ptr<TARNNumberFormatter> formatter() const;
   std::shared_ptr<TARNNumberFormatter> negativeFormatter() const;
   std::shared_ptr<TARNNumberFormatter> positiveFormatter() const;
+  // An amount as a user types it in this currency: with or without the
+  // symbol (anywhere, in any letter case) and the grouping, rounded to
+  // cents; nullopt when the text is no amount (see numberFromString).
+  std::optional<double> amountFromString(std::string_view text) const;
 
   // amount * rate() / other's rate, unrounded; the amount itself without one.
   double convertAmount(double amount, const PFCurrency* other) const;

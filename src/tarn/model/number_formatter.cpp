@@ -421,6 +421,35 @@ bool TARNNumberFormatter::getObjectValue(std::optional<double>& object, std::str
   return true;
 }
 
+bool TARNNumberFormatter::groupsAreWhole(std::string_view text) const {
+  const std::string& separator = thousandSeparator_;
+  if (separator.empty()) return true;
+  const auto isDigit = [&](size_t i) {
+    return i < text.size() && text[i] >= '0' && text[i] <= '9';
+  };
+  const size_t group = positive_.groupingSize > 0 ? static_cast<size_t>(positive_.groupingSize) : 3;
+  const size_t point = decimalSeparator_.empty() || decimalSeparator_ == separator
+                           ? std::string_view::npos
+                           : text.find(decimalSeparator_);
+  for (size_t at = text.find(separator); at != std::string_view::npos;
+       at = text.find(separator, at + separator.size())) {
+    const size_t after = at + separator.size();
+    // Only a separator between digits belongs to the number; a blank
+    // separator also stands between a symbol and the number ("1 234,50 kr").
+    if (at == 0 || !isDigit(at - 1) || !isDigit(after)) continue;
+    if (point != std::string_view::npos && at > point) return false;
+    size_t digits = 0;
+    while (isDigit(after + digits)) ++digits;
+    if (digits != group) return false;
+  }
+  return true;
+}
+
+std::optional<double> TARNNumberFormatter::numberFromString(std::string_view string) const {
+  if (!groupsAreWhole(string)) return std::nullopt;
+  return parseNumber(removeIgnoredText(string));
+}
+
 std::optional<TARNNumberFormatter::AttributedString>
 TARNNumberFormatter::attributedStringForObjectValue(std::optional<double> object,
                                                     const Attributes& defaultAttributes) const {

@@ -89,6 +89,13 @@ class TARNNumberFormatter {
   // gives none (no default either).
   std::optional<std::string> editingStringForObjectValue(const AttributedString& object) const;
 
+  // The number the text gives, or nullopt when it gives none: unlike
+  // getObjectValue no default stands in, so a field can tell the user that
+  // what they typed is no amount. A group separator between two digits must
+  // open a whole group of the integer part, so that "12.50" typed where "."
+  // groups thousands is refused rather than read as 1250.
+  std::optional<double> numberFromString(std::string_view string) const;
+
  private:
   // One positive or negative section, split once when the pattern is set.
   struct Section {
@@ -109,6 +116,7 @@ class TARNNumberFormatter {
   void parsePattern();
   void refreshParseAffixes();
   std::string removeIgnoredText(std::string_view text) const;
+  bool groupsAreWhole(std::string_view text) const;
   std::optional<double> parseNumber(std::string_view text) const;
   static double roundToScale(double value, int scale);
   void appendNumber(std::string& out, double magnitude, const Section& section) const;
