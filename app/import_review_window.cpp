@@ -19,7 +19,7 @@
 #include <functional>
 #include <numeric>
 
-#include "register_model.h"
+#include "money_text.h"
 #include "tarn/account/account.h"
 #include "tarn/book/book.h"
 #include "tarn/book/book_entries.h"
@@ -136,7 +136,7 @@ QVariant ImportReviewModel::data(const QModelIndex& index, int role) const {
         case kDate:
           return DateText(entry.GetDate());
         case kAmount:
-          return RegisterModel::formatAmount(entry.GetAmount());
+          return MoneyText(&account_, entry.GetAmount());
         case kPayee:
           return Qs(entry.GetToFrom());
         case kDescription:

@@ -33,6 +33,7 @@
 #include "column_layout_dialog.h"
 #include "import_review_window.h"
 #include "main_window.h"
+#include "money_text.h"
 #include "register_model.h"
 #include "tarn/account/account.h"
 #include "tarn/book/book.h"
@@ -157,8 +158,10 @@ int ImportWindowTest::registerRowsWith(const QString& date, long long cents,
   QAbstractItemModel* model = window_->findChild<QTableView*>("register")->model();
   int count = 0;
   for (int row = 0; row < model->rowCount(); ++row) {
-    const QString amount = model->index(row, RegisterModel::kAmount).data().toString();
-    const long long rowCents = std::llround(QString(amount).remove(',').toDouble() * 100);
+    // The sample's accounts keep dollars; the register writes them as such.
+    const auto amount =
+        ReadMoney(CurrencyOf(nullptr), model->index(row, RegisterModel::kAmount).data().toString());
+    const long long rowCents = amount ? std::llround(*amount * 100) : 0;
     if (model->index(row, RegisterModel::kDate).data().toString() == date && rowCents == cents &&
         (model->index(row, RegisterModel::kToFrom).data().toString() == text ||
          model->index(row, RegisterModel::kDescription).data().toString() == text)) {
