@@ -1,8 +1,8 @@
 // The reading options that the QIF and text importers share: the date format
 // and its reader, the amount separators, the zero-amount rule, the two
 // switches carried for the host, the error code and the name of the source
-// file. Each importer holds one and forwards its setters and getters to it;
-// the clean-up rules read the separators and the date format from here.
+// file. Both importers are ImportOptions, so its setters and getters are
+// theirs; the clean-up rules read the separators and the date format here.
 #pragma once
 
 #include <cstdint>

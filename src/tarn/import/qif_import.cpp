@@ -307,7 +307,7 @@ plist::Value TARNQIFImport::EntryOf(std::string_view record,
   });
 
   double value = 0.0;
-  if (amount) value = options_.ReadAmount(*amount);
+  if (amount) value = ReadAmount(*amount);
   // The P, M and L texts by key, in the order P, M, L, so that the later of
   // two lines sent to one key wins.
   std::optional<std::string_view> byKey[3];
@@ -332,7 +332,7 @@ plist::Value TARNQIFImport::EntryOf(std::string_view record,
     amounts.reserve(splitAmounts.size());
     double sum = 0.0;
     for (std::string_view text : splitAmounts) {
-      amounts.push_back(options_.ReadAmount(text));
+      amounts.push_back(ReadAmount(text));
       sum += amounts.back();
     }
     bool keep = true;
@@ -376,11 +376,11 @@ plist::Value TARNQIFImport::EntryOf(std::string_view record,
     if (categories) categories->push_back(*byKey[kImportFieldCategory]);
   }
   entry.appendSorted(kImportClearedKey, cleared);
-  if (date) entry.appendSorted(kImportDateKey, options_.ReadDate(*date));
+  if (date) entry.appendSorted(kImportDateKey, ReadDate(*date));
   if (byKey[kImportFieldDescription]) {
     entry.appendSorted(kImportDescriptionKey, std::string(*byKey[kImportFieldDescription]));
   }
-  entry.appendSorted(kImportIsDepositKey, options_.IsDeposit(value));
+  entry.appendSorted(kImportIsDepositKey, IsDeposit(value));
   if (checkNumber) entry.appendSorted(kImportNumberKey, *checkNumber);
   if (splits) entry.appendSorted(kImportSplitsKey, std::move(*splits));
   if (byKey[kImportFieldToFrom])

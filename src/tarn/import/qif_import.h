@@ -30,9 +30,11 @@ inline constexpr std::int32_t kImportFieldCategory = 0;
 inline constexpr std::int32_t kImportFieldToFrom = 1;
 inline constexpr std::int32_t kImportFieldDescription = 2;
 
-class TARNQIFImport {
+class TARNQIFImport : public ImportOptions {
  public:
-  TARNQIFImport() = default;
+  // The date format, separators, zero-amount rule, error and source name
+  // are the ImportOptions this importer is.
+  TARNQIFImport() : ImportOptions(/*importSplitLineItems=*/true) {}
   // nullptr never: a nil text gives an importer with error 1.
   static std::shared_ptr<TARNQIFImport> initWithString(std::optional<std::string> text);
   // Decodes the file in the encoding, or, when that fails, in the encoding
@@ -48,33 +50,12 @@ class TARNQIFImport {
   void SetDataString(std::optional<std::string> text);
   const std::string& dataString() const { return dataString_; }
 
-  // The shared reading options, one-line forwards.
-  void SetDateFormat(std::string format) { options_.SetDateFormat(std::move(format)); }
-  const std::string& GetDateFormat() const { return options_.GetDateFormat(); }
-  void SetDecimalSeparator(std::optional<std::string> s) {
-    options_.SetDecimalSeparator(std::move(s));
-  }
-  void SetThousandsSeparator(std::optional<std::string> s) {
-    options_.SetThousandsSeparator(std::move(s));
-  }
-  const std::string& GetDecimalSeparator() const { return options_.GetDecimalSeparator(); }
-  const std::string& GetThousandsSeparator() const { return options_.GetThousandsSeparator(); }
-  void SetImportZeroAmountsAsDeposits(bool on) { options_.SetImportZeroAmountsAsDeposits(on); }
-  bool GetImportZeroAmountsAsDeposits() const { return options_.GetImportZeroAmountsAsDeposits(); }
-  void SetImportAllCategories(bool on) { options_.SetImportAllCategories(on); }
-  bool GetImportAllCategories() const { return options_.GetImportAllCategories(); }
-  void SetImportSplitLineItems(bool on) { options_.SetImportSplitLineItems(on); }
-  bool GetImportSplitLineItems() const { return options_.GetImportSplitLineItems(); }
   void SetSwapOptions_Category(std::int32_t option) { swapOptions_Category_ = option; }
   void SetSwapOptions_ToFrom(std::int32_t option) { swapOptions_ToFrom_ = option; }
   void SetSwapOptions_Description(std::int32_t option) { swapOptions_Description_ = option; }
   std::int32_t GetSwapOptions_Category() const { return swapOptions_Category_; }
   std::int32_t GetSwapOptions_ToFrom() const { return swapOptions_ToFrom_; }
   std::int32_t GetSwapOptions_Description() const { return swapOptions_Description_; }
-  void SetError(std::int32_t error) { options_.SetError(error); }
-  std::int32_t error() const { return options_.error(); }
-  void setSourceName(std::optional<std::string> name) { options_.setSourceName(std::move(name)); }
-  const std::string& sourceName() const { return options_.sourceName(); }
   void setImportAccount(std::int32_t account) { importAccount_ = account; }
   std::int32_t importAccount() const { return importAccount_; }
   // The remembered options of an account in one call. The settings hold the
@@ -105,17 +86,6 @@ class TARNQIFImport {
   plist::Array EntryTypeListStringToEntryTypes(std::string_view list) const;
   plist::Value EntryTypeStringToEntryType(std::string_view record) const;
 
-  // The shared clean-up rules, with this importer's separators and date format.
-  std::string TweakAmountString(std::string_view text) const {
-    return options_.TweakAmountString(text);
-  }
-  DateComponents DateStringComponents(std::string_view text) const {
-    return options_.DateStringComponents(text);
-  }
-  std::string TweakDateString(std::string_view text) const {
-    return options_.TweakDateString(text);
-  }
-
   void RemoveInvalidAccounts();
 
   // The section types that hold ledger entries.
@@ -137,7 +107,6 @@ class TARNQIFImport {
   std::string dataString_;
   std::string entryTypesListString_;  // reserved; nothing fills it
   std::string entryCategoriesListString_;
-  ImportOptions options_{/*importSplitLineItems=*/true};
   std::int32_t swapOptions_Category_ = kImportFieldCategory;
   std::int32_t swapOptions_ToFrom_ = kImportFieldToFrom;
   std::int32_t swapOptions_Description_ = kImportFieldDescription;

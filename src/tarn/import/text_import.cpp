@@ -159,7 +159,7 @@ plist::Value TARNTextImport::EntryOf(std::string_view line, std::vector<std::str
     const std::string_view text = fields[column];
     switch (dataLayout_[column]) {
       case kColumnAmount:
-        amount = options_.ReadAmount(text);
+        amount = ReadAmount(text);
         break;
       case kColumnNumber:
         if (const std::int32_t read = LeadingInteger(text);
@@ -168,7 +168,7 @@ plist::Value TARNTextImport::EntryOf(std::string_view line, std::vector<std::str
         }
         break;
       case kColumnDate:
-        date = options_.ReadDate(text);
+        date = ReadDate(text);
         break;
       case kColumnDescription:
         description = text;
@@ -186,10 +186,10 @@ plist::Value TARNTextImport::EntryOf(std::string_view line, std::vector<std::str
         type = text;
         break;
       case kColumnDebit:
-        if (!text.empty()) negativeAmount = -std::fabs(options_.ReadAmount(text));
+        if (!text.empty()) negativeAmount = -std::fabs(ReadAmount(text));
         break;
       case kColumnDeposit:
-        if (!text.empty()) positiveAmount = std::fabs(options_.ReadAmount(text));
+        if (!text.empty()) positiveAmount = std::fabs(ReadAmount(text));
         break;
       case kColumnCategory:
         category = text;
@@ -207,7 +207,7 @@ plist::Value TARNTextImport::EntryOf(std::string_view line, std::vector<std::str
   }
 
   // Keys in ascending order: each one is appended without a comparison.
-  const bool deposit = options_.IsDeposit(*amount);
+  const bool deposit = IsDeposit(*amount);
   plist::Dictionary entry;
   entry.reserve(5 + (category ? 1 : 0) + (cleared ? 1 : 0) + (description ? 1 : 0) +
                 (negativeAmount ? 1 : 0) + (positiveAmount ? 1 : 0) + (taxDeductible ? 1 : 0) +

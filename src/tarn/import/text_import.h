@@ -39,9 +39,11 @@ inline constexpr std::int32_t kColumnDebit = 80;
 inline constexpr std::int32_t kColumnDeposit = 90;
 inline constexpr std::int32_t kColumnCategory = 100;
 
-class TARNTextImport {
+class TARNTextImport : public ImportOptions {
  public:
-  TARNTextImport() = default;
+  // The date format, separators, zero-amount rule, error and source name
+  // are the ImportOptions this importer is.
+  TARNTextImport() : ImportOptions(/*importSplitLineItems=*/false) {}
   static std::shared_ptr<TARNTextImport> initWithString(std::optional<std::string> text);
   // As the QIF importer: the stored encoding, else the encoding the bytes
   // suggest; an unreadable file leaves no data and error 0.
@@ -61,28 +63,6 @@ class TARNTextImport {
   const std::vector<std::int32_t>& GetDataLayout() const { return dataLayout_; }
   void SetSkipFirstRow(bool skip) { skipFirstRow_ = skip; }
   bool GetSkipFirstRow() const { return skipFirstRow_; }
-  // The shared reading options, one-line forwards.
-  void SetDateFormat(std::string format) { options_.SetDateFormat(std::move(format)); }
-  const std::string& GetDateFormat() const { return options_.GetDateFormat(); }
-  void SetDecimalSeparator(std::optional<std::string> s) {
-    options_.SetDecimalSeparator(std::move(s));
-  }
-  void SetThousandsSeparator(std::optional<std::string> s) {
-    options_.SetThousandsSeparator(std::move(s));
-  }
-  const std::string& GetDecimalSeparator() const { return options_.GetDecimalSeparator(); }
-  const std::string& GetThousandsSeparator() const { return options_.GetThousandsSeparator(); }
-  void SetImportZeroAmountsAsDeposits(bool on) { options_.SetImportZeroAmountsAsDeposits(on); }
-  bool GetImportZeroAmountsAsDeposits() const { return options_.GetImportZeroAmountsAsDeposits(); }
-  // Carried for the host; the reader consults neither.
-  void SetImportAllCategories(bool on) { options_.SetImportAllCategories(on); }
-  bool GetImportAllCategories() const { return options_.GetImportAllCategories(); }
-  void SetImportSplitLineItems(bool on) { options_.SetImportSplitLineItems(on); }
-  bool GetImportSplitLineItems() const { return options_.GetImportSplitLineItems(); }
-  void SetError(std::int32_t error) { options_.SetError(error); }
-  std::int32_t error() const { return options_.error(); }
-  void setSourceName(std::optional<std::string> name) { options_.setSourceName(std::move(name)); }
-  const std::string& sourceName() const { return options_.sourceName(); }
   // Text files name no account.
   std::int32_t importAccount() const { return -1; }
   // The entry types that DepositTypeWithName and DebitTypeWithName look in;
@@ -105,16 +85,6 @@ class TARNTextImport {
   std::shared_ptr<TARNAccountEntryType> DepositTypeWithName(std::string_view name) const;
   std::shared_ptr<TARNAccountEntryType> DebitTypeWithName(std::string_view name) const;
 
-  std::string TweakAmountString(std::string_view text) const {
-    return options_.TweakAmountString(text);
-  }
-  DateComponents DateStringComponents(std::string_view text) const {
-    return options_.DateStringComponents(text);
-  }
-  std::string TweakDateString(std::string_view text) const {
-    return options_.TweakDateString(text);
-  }
-
  private:
   class TypeList;
   // The entries of the lines; with `types`, gathers the types as it goes.
@@ -128,7 +98,6 @@ class TARNTextImport {
   std::int32_t dataFormat_ = kTextImportCommaSeparated;
   std::vector<std::int32_t> dataLayout_;
   bool skipFirstRow_ = false;
-  ImportOptions options_{/*importSplitLineItems=*/false};
   std::vector<std::shared_ptr<TARNAccountEntryType>> types_;
 };
 
