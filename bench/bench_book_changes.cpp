@@ -3,8 +3,9 @@
 // after the operation, then undone and redone. The whole-book copy
 // (BookContents) against the parts the operation touched (AccountChange).
 // The "kept_heap" and "kept_resident" counters are the memory one undo step
-// holds: malloc's bytes in use and the process's resident bytes, taken
-// around capturing it.
+// holds: malloc's bytes in use and the process's resident bytes added
+// between the capture before and the capture after (the command's own new
+// records included, so an upper bound).
 
 #include <benchmark/benchmark.h>
 #include <malloc.h>
