@@ -101,60 +101,6 @@ std::unique_ptr<tarn::TARNImportReview> Review(TARNBook& book, int round) {
   return review;
 }
 
-void BM_ImportUndoWholeBook(benchmark::State& state) {
-  auto book = LargeBook(state.range(0));
-  Kept kept;
-  int round = 0;
-  for (auto _ : state) {
-    state.PauseTiming();
-    auto review = Review(*book, ++round);
-    state.ResumeTiming();
-    Kept captured;
-    auto before = std::make_unique<tarn::BookContents>(*book);
-    review->accept();
-    auto after = std::make_unique<tarn::BookContents>(*book);
-    captured.measure();
-    kept = captured;
-    before->restore(*book);
-    after->restore(*book);
-    state.PauseTiming();
-    before->restore(*book);
-    before.reset();
-    after.reset();
-    state.ResumeTiming();
-  }
-  kept.report(state);
-}
-BENCHMARK(BM_ImportUndoWholeBook)->Arg(100000)->Unit(benchmark::kMillisecond);
-
-void BM_ImportUndoParts(benchmark::State& state) {
-  auto book = LargeBook(state.range(0));
-  const std::int32_t account = book->accounts().front()->GetNumber();
-  Kept kept;
-  int round = 0;
-  for (auto _ : state) {
-    state.PauseTiming();
-    auto review = Review(*book, ++round);
-    state.ResumeTiming();
-    Kept captured;
-    auto change =
-        std::make_unique<tarn::AccountChange>(tarn::BeforeImport(*book, account, *review));
-    std::vector<tarn::EntryKey> keys;
-    for (const auto& entry : review->accept()) keys.push_back({account, entry->GetNumber()});
-    change->finish(*book, keys);
-    captured.measure();
-    kept = captured;
-    change->undo(*book);
-    change->redo(*book);
-    state.PauseTiming();
-    change->undo(*book);
-    change.reset();
-    state.ResumeTiming();
-  }
-  kept.report(state);
-}
-BENCHMARK(BM_ImportUndoParts)->Arg(100000)->Unit(benchmark::kMillisecond);
-
 // The first due occurrence of any account.
 std::optional<std::pair<std::int32_t, tarn::DueOccurrence>> FirstDue(const TARNBook& book) {
   for (const auto& account : book.accounts()) {
@@ -164,65 +110,101 @@ std::optional<std::pair<std::int32_t, tarn::DueOccurrence>> FirstDue(const TARNB
   return std::nullopt;
 }
 
-void BM_EnterScheduleUndoWholeBook(benchmark::State& state) {
-  auto book = LargeBook(state.range(0));
-  Kept kept;
-  for (auto _ : state) {
-    state.PauseTiming();
-    const auto due = FirstDue(*book);
-    if (!due) {
-      state.SkipWithError("no due occurrence in the sample book");
-      break;
-    }
-    state.ResumeTiming();
-    Kept captured;
-    auto before = std::make_unique<tarn::BookContents>(*book);
-    tarn::EnterOccurrence(*book->accountWithNumber(due->first), due->second.schedule,
-                          due->second.date);
-    auto after = std::make_unique<tarn::BookContents>(*book);
-    captured.measure();
-    kept = captured;
-    before->restore(*book);
-    after->restore(*book);
-    state.PauseTiming();
-    before->restore(*book);
-    before.reset();
-    after.reset();
-    state.ResumeTiming();
+// The two ways of keeping an undo step: begin() before the operation,
+// end() after it with the entries it added.
+class WholeBook {
+ public:
+  void begin(const TARNBook& book, const tarn::TARNImportReview*, std::int32_t) {
+    before_.emplace(book);
   }
-  kept.report(state);
-}
-BENCHMARK(BM_EnterScheduleUndoWholeBook)->Arg(100000)->Unit(benchmark::kMillisecond);
+  void end(const TARNBook& book, const std::vector<tarn::EntryKey>&) { after_.emplace(book); }
+  void undo(TARNBook& book) const { before_->restore(book); }
+  void redo(TARNBook& book) const { after_->restore(book); }
 
-void BM_EnterScheduleUndoParts(benchmark::State& state) {
+ private:
+  std::optional<tarn::BookContents> before_;
+  std::optional<tarn::BookContents> after_;
+};
+
+class Parts {
+ public:
+  void begin(const TARNBook& book, const tarn::TARNImportReview* review, std::int32_t account) {
+    if (review) {
+      change_.emplace(tarn::BeforeImport(book, account, *review));
+    } else {
+      change_.emplace(book, account, tarn::AccountChange::Parts{.schedules = true});
+    }
+  }
+  void end(const TARNBook& book, const std::vector<tarn::EntryKey>& added) {
+    change_->finish(book, added);
+  }
+  void undo(TARNBook& book) const { change_->undo(book); }
+  void redo(TARNBook& book) const { change_->redo(book); }
+
+ private:
+  std::optional<tarn::AccountChange> change_;
+};
+
+// Times one command kept as `Way`: capture, operation, capture, undo, redo.
+// The book is put back (untimed) after each round.
+template <typename Way, bool Import>
+void BM_Undo(benchmark::State& state) {
   auto book = LargeBook(state.range(0));
   Kept kept;
+  int round = 0;
   for (auto _ : state) {
     state.PauseTiming();
-    const auto due = FirstDue(*book);
-    if (!due) {
+    std::unique_ptr<tarn::TARNImportReview> review;
+    std::int32_t account = book->accounts().front()->GetNumber();
+    tarn::DueOccurrence due;
+    if (Import) {
+      review = Review(*book, ++round);
+    } else if (const auto first = FirstDue(*book)) {
+      account = first->first;
+      due = first->second;
+    } else {
       state.SkipWithError("no due occurrence in the sample book");
       break;
     }
     state.ResumeTiming();
     Kept captured;
-    auto change = std::make_unique<tarn::AccountChange>(
-        *book, due->first, tarn::AccountChange::Parts{.schedules = true});
-    auto entry = tarn::EnterOccurrence(*book->accountWithNumber(due->first), due->second.schedule,
-                                       due->second.date);
-    change->finish(*book, {{due->first, entry->GetNumber()}});
-    entry.reset();
+    auto way = std::make_unique<Way>();
+    way->begin(*book, review.get(), account);
+    std::vector<tarn::EntryKey> added;
+    if (Import) {
+      for (const auto& entry : review->accept()) added.push_back({account, entry->GetNumber()});
+    } else {
+      const auto entry =
+          tarn::EnterOccurrence(*book->accountWithNumber(account), due.schedule, due.date);
+      added.push_back({account, entry->GetNumber()});
+    }
+    way->end(*book, added);
     captured.measure();
     kept = captured;
-    change->undo(*book);
-    change->redo(*book);
+    way->undo(*book);
+    way->redo(*book);
     state.PauseTiming();
-    change->undo(*book);
-    change.reset();
+    way->undo(*book);
+    way.reset();
     state.ResumeTiming();
   }
   kept.report(state);
 }
-BENCHMARK(BM_EnterScheduleUndoParts)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Undo<WholeBook, true>)
+    ->Name("BM_ImportUndoWholeBook")
+    ->Arg(100000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Undo<Parts, true>)
+    ->Name("BM_ImportUndoParts")
+    ->Arg(100000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Undo<WholeBook, false>)
+    ->Name("BM_EnterScheduleUndoWholeBook")
+    ->Arg(100000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Undo<Parts, false>)
+    ->Name("BM_EnterScheduleUndoParts")
+    ->Arg(100000)
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace
