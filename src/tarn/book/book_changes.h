@@ -1,6 +1,7 @@
 // Undoable changes to a book, as states to go back and forth between: the
 // entries a change touched (each as its stored dictionary, or absent), an
-// account's settings, or the book's whole contents for changes that reach
+// import or scheduled entry (its entries with the short lists it touched),
+// an account's settings, or the book's whole contents for changes that reach
 // everywhere (categories, currencies, accounts added or removed). A host's
 // undo stack keeps these values; they refer to accounts and entries by
 // number, never by pointer, so they outlive any object they describe.
