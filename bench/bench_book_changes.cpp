@@ -193,18 +193,22 @@ void BM_Undo(benchmark::State& state) {
 BENCHMARK(BM_Undo<WholeBook, true>)
     ->Name("BM_ImportUndoWholeBook")
     ->Arg(100000)
+    ->Arg(1000000)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Undo<Parts, true>)
     ->Name("BM_ImportUndoParts")
     ->Arg(100000)
+    ->Arg(1000000)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Undo<WholeBook, false>)
     ->Name("BM_EnterScheduleUndoWholeBook")
     ->Arg(100000)
+    ->Arg(1000000)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Undo<Parts, false>)
     ->Name("BM_EnterScheduleUndoParts")
     ->Arg(100000)
+    ->Arg(1000000)
     ->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "tarn/book/book_changes.h"
 
 #include <algorithm>
+#include <functional>
 #include <set>
 #include <stdexcept>
 #include <unordered_set>
@@ -71,17 +72,44 @@ std::vector<EntryState> CaptureEntries(const TARNBook& book, const std::vector<E
   return states;
 }
 
-void RestoreEntries(TARNBook& book, const std::vector<EntryState>& states) {
-  // Removals first, then insertions in order of position, so that positions
+void RestoreEntries(TARNBook& book, const std::vector<EntryState>& states,
+                    const std::vector<EntryState>* current) {
+  // Removals first, from the back of each list so that the places found
+  // stay right, then insertions in order of position, so that positions
   // captured together stay right.
+  std::vector<Place> found;
   std::vector<const EntryState*> present;
-  for (const auto& state : states) {
+  for (std::size_t i = 0; i < states.size(); ++i) {
+    const EntryState& state = states[i];
     auto account = book.accountWithNumber(state.key.account);
     if (!account) continue;
-    if (auto place = Find(*account, state.key.entry)) {
-      place->list->erase(place->list->begin() + static_cast<std::ptrdiff_t>(place->position));
+    const EntryState* now =
+        current && i < current->size() && (*current)[i].key == state.key ? &(*current)[i] : nullptr;
+    if (!now || !now->dictionary.isNil()) {
+      std::optional<Place> place;
+      if (now) {
+        Entries* list = ListOf(*account, now->folder);
+        if (list && now->position < list->size() &&
+            (*list)[now->position]->GetNumber() == state.key.entry) {
+          place = Place{list, now->folder, now->position};
+        }
+      }
+      if (!place) place = Find(*account, state.key.entry);
+      if (place) found.push_back(*place);
     }
     if (!state.dictionary.isNil()) present.push_back(&state);
+  }
+  std::sort(found.begin(), found.end(), [](const Place& a, const Place& b) {
+    if (a.list != b.list) return std::less<const Entries*>()(a.list, b.list);
+    return a.position > b.position;
+  });
+  found.erase(std::unique(found.begin(), found.end(),
+                          [](const Place& a, const Place& b) {
+                            return a.list == b.list && a.position == b.position;
+                          }),
+              found.end());
+  for (const Place& place : found) {
+    place.list->erase(place.list->begin() + static_cast<std::ptrdiff_t>(place.position));
   }
   std::sort(present.begin(), present.end(),
             [](const EntryState* a, const EntryState* b) { return a->position < b->position; });

@@ -46,7 +46,12 @@ std::vector<EntryState> CaptureEntries(const TARNBook& book, const std::vector<E
 // Puts every entry back as captured: absent ones are removed, others rebuilt
 // from their dictionary in place of the entry of that number, or inserted at
 // their old position. States of accounts the book no longer has are skipped.
-void RestoreEntries(TARNBook& book, const std::vector<EntryState>& states);
+// `current`, when given, holds the same keys in the same order as the book
+// holds them now (the other side of a change): an entry is looked for first
+// at its place there, and one absent there is not looked for at all, so that
+// undoing or redoing a few entries does not walk the whole register.
+void RestoreEntries(TARNBook& book, const std::vector<EntryState>& states,
+                    const std::vector<EntryState>* current = nullptr);
 
 // A change to entries, captured around the operation that makes it:
 //   EntriesChange change(book, {{account, entry}});
@@ -57,8 +62,8 @@ class EntriesChange {
  public:
   EntriesChange(const TARNBook& book, std::vector<EntryKey> keys);
   void finish(const TARNBook& book, const std::vector<EntryKey>& moreKeys = {});
-  void undo(TARNBook& book) const { RestoreEntries(book, before_); }
-  void redo(TARNBook& book) const { RestoreEntries(book, after_); }
+  void undo(TARNBook& book) const { RestoreEntries(book, before_, &after_); }
+  void redo(TARNBook& book) const { RestoreEntries(book, after_, &before_); }
   const std::vector<EntryState>& before() const { return before_; }
   const std::vector<EntryState>& after() const { return after_; }
 
