@@ -39,13 +39,15 @@ Entries* ListOf(TARNAccount& account, std::int32_t folder) {
   return &account.folders()[static_cast<std::size_t>(folder)]->entries();
 }
 
-// Where the entry of that number stands: the register first, then folders.
+// Where the entry of that number stands: in a folder (short lists, and
+// where an account with a selected folder adds entries), else in the
+// register, searched from its end, where added entries stand.
 std::optional<Place> Find(const TARNAccount& account, std::int32_t number) {
   auto& mutableAccount = const_cast<TARNAccount&>(account);
-  for (std::int32_t folder = -1; folder < static_cast<std::int32_t>(account.folders().size());
-       ++folder) {
+  const auto folders = static_cast<std::int32_t>(account.folders().size());
+  for (std::int32_t step = 0; step <= folders; ++step) {
+    const std::int32_t folder = step < folders ? step : -1;
     Entries* list = ListOf(mutableAccount, folder);
-    // From the end: entries a change has just added stand there.
     for (std::size_t i = list->size(); i-- > 0;) {
       if ((*list)[i]->GetNumber() == number) return Place{list, folder, i};
     }
