@@ -39,10 +39,12 @@ class BookCommand : public QUndoCommand {
   bool first_ = true;
 };
 
-class EntriesCommand : public BookCommand {
+// A change that undoes and redoes itself on the book (entries, or an
+// account's entries with its types, schedules and the book's categories).
+template <typename Change>
+class ChangeCommand : public BookCommand {
  public:
-  EntriesCommand(BookDocument* document, const QString& text, tarn::EntriesChange change,
-                 std::int32_t account)
+  ChangeCommand(BookDocument* document, const QString& text, Change change, std::int32_t account)
       : BookCommand(document, text, account), change_(std::move(change)) {}
 
  protected:
@@ -50,8 +52,11 @@ class EntriesCommand : public BookCommand {
   void apply() override { change_.redo(document_->book()); }
 
  private:
-  tarn::EntriesChange change_;
+  Change change_;
 };
+
+using EntriesCommand = ChangeCommand<tarn::EntriesChange>;
+using AccountChangeCommand = ChangeCommand<tarn::AccountChange>;
 
 // A change to one account kept as the two states of one kind of record
 // (its settings, its saved summaries); `Put` puts a state back.
@@ -128,6 +133,12 @@ void BookDocument::pushEntries(const QString& text, tarn::EntriesChange change,
                                std::int32_t account) {
   undoStack_.push(new EntriesCommand(this, text, std::move(change), account));
   notifyChanged(account);
+}
+
+void BookDocument::pushAccountChange(const QString& text, tarn::AccountChange change,
+                                     std::int32_t notified) {
+  undoStack_.push(new AccountChangeCommand(this, text, std::move(change), notified));
+  notifyChanged(notified);
 }
 
 void BookDocument::pushSettings(const QString& text, std::int32_t account,

@@ -1,8 +1,9 @@
 // The open book of a window: the book itself, the file it came from, its
 // undo stack, and whether it holds changes not yet saved. Every change to
 // the book goes through a command on the stack; what a command does to the
-// book is a library operation (entries, account settings or the book's
-// whole contents captured before and after).
+// book is a library operation (entries; an account's added entries with its
+// types, schedules and the book's categories; account settings; or the
+// book's whole contents, captured before and after).
 #pragma once
 
 #include <QObject>
@@ -37,6 +38,9 @@ class BookDocument : public QObject {
 
   // Pushes a change already made to the book.
   void pushEntries(const QString& text, tarn::EntriesChange change, std::int32_t account);
+  // `notified` is the account the windows hear of (-1: any), as for
+  // notifyChanged.
+  void pushAccountChange(const QString& text, tarn::AccountChange change, std::int32_t notified);
   void pushSettings(const QString& text, std::int32_t account, tarn::AccountSettings before,
                     tarn::AccountSettings after);
   void pushContents(const QString& text, tarn::BookContents before, tarn::BookContents after);

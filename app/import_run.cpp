@@ -12,6 +12,8 @@
 #include <QStringList>
 #include <QWidget>
 
+#include <vector>
+
 #include "book_document.h"
 #include "column_layout_dialog.h"
 #include "import_review_window.h"
@@ -22,6 +24,7 @@
 #include "tarn/book/import_review.h"
 #include "tarn/import/import_scanning.h"
 #include "tarn/import/text_import.h"
+#include "tarn/model/account_entry.h"
 #include "tarn/platform/encodings.h"
 #include "tarn/platform/error.h"
 #include "tarn/ui/qif_import_accessory_manager.h"
@@ -225,9 +228,14 @@ std::size_t ReviewAndImport(QMainWindow* window, BookDocument& document, tarn::T
                               text != account.textImportSettings();
   if (optionsChanged) document.markViewChanged();
   if (prepared.review->tickedCount() == 0) return 0;
-  tarn::BookContents before(book);
+  auto change = tarn::BeforeImport(book, account.GetNumber(), *prepared.review);
   const auto added = prepared.review->accept();
-  document.pushContents(QObject::tr("Import"), std::move(before), tarn::BookContents(book));
+  std::vector<tarn::EntryKey> keys;
+  keys.reserve(added.size());
+  for (const auto& entry : added) keys.push_back({account.GetNumber(), entry->GetNumber()});
+  change.finish(book, keys);
+  // The import may have made categories, which every account's window shows.
+  document.pushAccountChange(QObject::tr("Import"), std::move(change), -1);
   return added.size();
 }
 

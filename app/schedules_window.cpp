@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include <stdexcept>
+#include <vector>
 
 #include "book_document.h"
 #include "money_text.h"
@@ -22,6 +23,7 @@
 #include "tarn/book/book.h"
 #include "tarn/book/book_changes.h"
 #include "tarn/book/due_schedules.h"
+#include "tarn/model/account_entry.h"
 #include "tarn/model/account_schedule.h"
 #include "tarn/model/schedule_recurrence.h"
 
@@ -316,20 +318,24 @@ void SchedulesWindow::enterOrSkip(bool enter) {
   auto account = document_->book().accountWithNumber(account_);
   const auto rows = due_->selectionModel()->selectedRows();
   if (!account || rows.isEmpty()) return;
-  tarn::BookContents before(document_->book());
+  tarn::AccountChange change(document_->book(), account_, {.schedules = true});
+  std::vector<tarn::EntryKey> added;
   try {
     for (const QModelIndex& row : rows) {
       const QTableWidgetItem* item = due_->item(row.row(), 0);
       const std::int32_t schedule = item->data(kRoleSchedule).toInt();
       const tarn::DateNumber date = item->data(kRoleDate).toInt();
       if (enter) {
-        tarn::EnterOccurrence(*account, schedule, date);
+        const auto entry = tarn::EnterOccurrence(*account, schedule, date);
+        added.push_back({account_, entry->GetNumber()});
       } else {
         tarn::SkipOccurrence(*account, schedule, date);
       }
     }
   } catch (const std::exception& error) {
-    before.restore(document_->book());
+    // Whatever was entered before the failure is taken back.
+    change.finish(document_->book(), added);
+    change.undo(document_->book());
     document_->notifyChanged(account_);
     QMessageBox::warning(this, tr("Tarn"), QString::fromStdString(error.what()));
     return;
@@ -337,7 +343,8 @@ void SchedulesWindow::enterOrSkip(bool enter) {
   const QString text =
       enter ? (rows.size() == 1 ? tr("Enter Scheduled Entry") : tr("Enter Scheduled Entries"))
             : (rows.size() == 1 ? tr("Skip Scheduled Entry") : tr("Skip Scheduled Entries"));
-  document_->pushContents(text, std::move(before), tarn::BookContents(document_->book()));
+  change.finish(document_->book(), added);
+  document_->pushAccountChange(text, std::move(change), -1);
 }
 
 void SchedulesWindow::applyRule() {
@@ -364,12 +371,12 @@ void SchedulesWindow::applyRule() {
       friday == schedule->GetUsePrecedingFriday()) {
     return;
   }
-  tarn::BookContents before(document_->book());
+  tarn::AccountChange change(document_->book(), account_, {.schedules = true});
   schedule->SetRepeatIntervalType(rule);
   schedule->SetRepeatInterval(interval);
   schedule->SetRepeatUntilType(untilType);
   schedule->SetRepeatUntil(until);
   schedule->SetUsePrecedingFriday(friday);
-  document_->pushContents(tr("Change Schedule"), std::move(before),
-                          tarn::BookContents(document_->book()));
+  change.finish(document_->book());
+  document_->pushAccountChange(tr("Change Schedule"), std::move(change), -1);
 }

@@ -596,4 +596,11 @@ void TARNBook::rememberImportedIdentifier(std::int32_t accountNumber, std::strin
   if (!identifier.empty()) importedIdentifiers_[accountNumber].insert(std::move(identifier));
 }
 
+void TARNBook::forgetImportedIdentifier(std::int32_t accountNumber, const std::string& identifier) {
+  const auto found = importedIdentifiers_.find(accountNumber);
+  if (found == importedIdentifiers_.end()) return;
+  found->second.erase(identifier);
+  if (found->second.empty()) importedIdentifiers_.erase(found);
+}
+
 }  // namespace tarn

@@ -129,6 +129,7 @@ class TARNBook : public TARNAccountsController {
   // --- Categories ----------------------------------------------------------
   // Top-level categories; their children come with them.
   Categories& categories() { return categories_; }
+  const Categories& categories() const { return categories_; }
   std::shared_ptr<TARNAccountEntryCategory> categoryWithNumber(std::int32_t number) override;
   Categories allCategories() override;
   // "Parent:Child" paths, case-insensitively; nullptr when absent.
@@ -152,6 +153,8 @@ class TARNBook : public TARNAccountsController {
   // Bank identifiers (OFX FITIDs) already imported into an account.
   const std::set<std::string>& importedIdentifiers(std::int32_t accountNumber) const;
   void rememberImportedIdentifier(std::int32_t accountNumber, std::string identifier);
+  // Forgets one remembered identifier (an import undone).
+  void forgetImportedIdentifier(std::int32_t accountNumber, const std::string& identifier);
 
  private:
   static std::unique_ptr<TARNBook> load(const plist::Value& dictionary, const std::string& name,
