@@ -961,34 +961,38 @@ void MainWindow::importFile() {
   RunImport(this, *document_, *account);
 }
 
+namespace {
+
+// Shows the per-account window kept in `window`: made on first use (and
+// deleted when closed), brought forward over the selected account after that.
+template <typename Window>
+void ShowAccountWindow(QPointer<Window>& window, BookDocument* document, std::int32_t account,
+                       QWidget* parent) {
+  if (!window) {
+    window = new Window(document, account, parent);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+  } else {
+    window->setAccount(account);
+  }
+  window->show();
+  window->raise();
+  window->activateWindow();
+}
+
+}  // namespace
+
 void MainWindow::showSchedules() {
   if (!document_) return;
   auto account = currentAccount();
   if (account && !unlock(*account)) return;
-  if (!schedulesWindow_) {
-    schedulesWindow_ = new SchedulesWindow(document_.get(), accountNumber_, this);
-    schedulesWindow_->setAttribute(Qt::WA_DeleteOnClose);
-  } else {
-    schedulesWindow_->setAccount(accountNumber_);
-  }
-  schedulesWindow_->show();
-  schedulesWindow_->raise();
-  schedulesWindow_->activateWindow();
+  ShowAccountWindow(schedulesWindow_, document_.get(), accountNumber_, this);
 }
 
 void MainWindow::showSummary() {
   if (!document_) return;
   auto account = currentAccount();
   if (account && !unlock(*account)) return;
-  if (!summaryWindow_) {
-    summaryWindow_ = new SummaryWindow(document_.get(), accountNumber_, this);
-    summaryWindow_->setAttribute(Qt::WA_DeleteOnClose);
-  } else {
-    summaryWindow_->setAccount(accountNumber_);
-  }
-  summaryWindow_->show();
-  summaryWindow_->raise();
-  summaryWindow_->activateWindow();
+  ShowAccountWindow(summaryWindow_, document_.get(), accountNumber_, this);
 }
 
 // --- Files ----------------------------------------------------------------------------
