@@ -998,12 +998,12 @@ void MainWindow::showSummary() {
 // --- Files ----------------------------------------------------------------------------
 
 void MainWindow::newBook() {
-  if (!maybeSave()) return;
+  if (!settleSummaryWindow() || !maybeSave()) return;
   setBook(std::make_unique<tarn::TARNBook>());
 }
 
 void MainWindow::openBook() {
-  if (!maybeSave()) return;
+  if (!settleSummaryWindow() || !maybeSave()) return;
   QString path;
   {
     const ModalRun modal(this);
@@ -1115,6 +1115,12 @@ bool MainWindow::saveBookAs() {
   return true;
 }
 
+// The summary window settles its unsaved options before the book is saved
+// or replaced, so that saving takes them along.
+bool MainWindow::settleSummaryWindow() {
+  return !summaryWindow_ || !summaryWindow_->isVisible() || summaryWindow_->close();
+}
+
 bool MainWindow::maybeSave() {
   if (!document_ || !document_->isModified()) return true;
   QMessageBox::StandardButton answer;
@@ -1130,13 +1136,7 @@ bool MainWindow::maybeSave() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-  // The summary window settles its unsaved options first, so that saving
-  // the book takes them along (or quitting stops when the user cancels).
-  if (summaryWindow_ && summaryWindow_->isVisible() && !summaryWindow_->close()) {
-    event->ignore();
-    return;
-  }
-  if (maybeSave()) {
+  if (settleSummaryWindow() && maybeSave()) {
     event->accept();
   } else {
     event->ignore();
@@ -1162,7 +1162,7 @@ void MainWindow::refillRecentMenu() {
     recentMenu_
         ->addAction(QFileInfo(path).fileName(), this,
                     [this, path] {
-                      if (maybeSave()) openPath(path);
+                      if (settleSummaryWindow() && maybeSave()) openPath(path);
                     })
         ->setToolTip(path);
   }

@@ -100,6 +100,9 @@ class MainWindow : public QMainWindow {
   // or wrote it: asks whether to replace that change; true to replace.
   bool askToReplaceChangedFile(const QString& path);
   bool maybeSave();
+  // Closes the summary window, which first asks about unsaved option edits;
+  // false when the user cancels.
+  bool settleSummaryWindow();
   void addRecent(const QString& path);
   void refillRecentMenu();
   void updateTitle();

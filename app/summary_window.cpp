@@ -401,6 +401,8 @@ void SummaryWindow::buildOptions(QFormLayout* form) {
 
 void SummaryWindow::setAccount(std::int32_t account) {
   if (account == account_) return;
+  // Cancel keeps the window on the account whose options are being edited.
+  if (!settleUnsavedEdits()) return;
   account_ = account;
   chosen_ = -1;
   reloadSummaries(false);

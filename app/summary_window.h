@@ -47,6 +47,8 @@ class SummaryWindow : public QDialog {
   ~SummaryWindow() override;
 
   std::int32_t account() const { return account_; }
+  // Follows another account; unsaved option edits are asked about first,
+  // and on Cancel the window stays on its account.
   void setAccount(std::int32_t account);
 
   // The last result shown; nullptr while the account is locked or missing.

@@ -23,6 +23,7 @@
 #include <QTableView>
 #include <QTest>
 #include <QTreeView>
+#include <QTreeWidget>
 
 #include <cmath>
 #include <functional>
@@ -108,6 +109,7 @@ class SummaryWindowTest : public QObject {
   void keepsStoredStylesThePopUpsDoNotOffer();
   void subtotalChoicesHideTabsAndAreSaved();
   void asksBeforeLeavingUnsavedOptions();
+  void asksBeforeFollowingAnotherAccountOrBook();
 
  private:
   SummaryWindow* open();
@@ -665,6 +667,57 @@ void SummaryWindowTest::asksBeforeLeavingUnsavedOptions() {
   QVERIFY(storedAt(second)->showDeposits() != edited);
   QTRY_VERIFY(!shown);  // deleted on close
   summary_ = nullptr;
+}
+
+// The register's account list and File > New Book reach a summary window
+// with unsaved edits through the same question as its own pop-up.
+void SummaryWindowTest::asksBeforeFollowingAnotherAccountOrBook() {
+  auto* periodStyle = child<QComboBox>("periodStyle");
+  periodStyle->setCurrentIndex(periodStyle->findData(tarn::kSummaryPeriodQuarter));
+  const std::int32_t edited = summary_->account();
+  const auto nameOf = [this](std::int32_t number) {
+    return QString::fromStdString(book_->accountWithNumber(number)->GetName());
+  };
+  QStringList others{"Checking", "Savings", "Credit Card"};
+  others.removeAll(nameOf(edited));
+  QCOMPARE(others.size(), 2);
+  const auto select = [this](const QString& name) {
+    auto* tree = window_->findChild<QTreeWidget*>("accounts");
+    const auto items = tree->findItems(name, Qt::MatchExactly);
+    QVERIFY2(!items.isEmpty(), qPrintable(name));
+    QTest::mouseClick(tree->viewport(), Qt::LeftButton, {},
+                      tree->visualItemRect(items.first()).center());
+    QCOMPARE(tree->currentItem(), items.first());
+  };
+  int asked = 0;
+  const auto answerWith = [this, &asked](QMessageBox::StandardButton button) {
+    WhenModal(this, [&asked, button](QWidget* modal) {
+      auto* box = qobject_cast<QMessageBox*>(modal);
+      QVERIFY(box);
+      ++asked;
+      box->button(button)->click();
+    });
+  };
+
+  // Cancel keeps the window on its account, with the edits.
+  answerWith(QMessageBox::Cancel);
+  select(others[0]);
+  QCOMPARE(asked, 1);
+  QCOMPARE(summary_->account(), edited);
+  QCOMPARE(periodStyle->currentData().toInt(), tarn::kSummaryPeriodQuarter);
+
+  // A new book waits for the answer too; Cancel keeps this book and window.
+  answerWith(QMessageBox::Cancel);
+  FindAction(*window_, "&New Book")->trigger();
+  QCOMPARE(asked, 2);
+  QCOMPARE(&window_->book(), book_);
+  QVERIFY(summary_->isVisible());
+
+  // Discard follows the account chosen.
+  answerWith(QMessageBox::Discard);
+  select(others[1]);
+  QCOMPARE(asked, 3);
+  QCOMPARE(nameOf(summary_->account()), others[1]);
 }
 
 QTEST_MAIN(SummaryWindowTest)
